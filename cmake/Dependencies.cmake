@@ -1,0 +1,15 @@
+# Every package is Debian's; the names of the packages to install stand in ./dev.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+pkg_check_modules(ECORE REQUIRED IMPORTED_TARGET ecore)
+pkg_check_modules(SDBUS REQUIRED IMPORTED_TARGET sdbus-c++)
+pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
+pkg_check_modules(CURL REQUIRED IMPORTED_TARGET libcurl)
+pkg_check_modules(JSON_GLIB REQUIRED IMPORTED_TARGET json-glib-1.0 gobject-2.0)
+pkg_check_modules(SMARTCOLS REQUIRED IMPORTED_TARGET smartcols)
+find_package(OpenSSL REQUIRED)
+pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
