@@ -1,0 +1,11 @@
+# appliance_app(<target> <app-id>): makes a program an app of the appliance. Its service_app_main()
+# owns <app-id> on the bus, and what it sends carries <app-id> as the caller.
+function(appliance_app target APPLIANCE_APP_ID)
+  if(NOT APPLIANCE_APP_ID MATCHES "^[A-Za-z_-][A-Za-z0-9_-]*([.][A-Za-z_-][A-Za-z0-9_-]*)+$")
+    message(FATAL_ERROR "\"${APPLIANCE_APP_ID}\" cannot be a name on the bus")
+  endif()
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}-app-id.cpp)
+  configure_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/src/AppId.cpp.in ${source} @ONLY)
+  target_sources(${target} PRIVATE ${source})
+  target_link_libraries(${target} PRIVATE host-platform)
+endfunction()
