@@ -3,6 +3,7 @@
 #pragma once
 
 #include <stdarg.h>
+#include <tizen.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -22,13 +23,14 @@ typedef enum {
 } log_priority;
 
 typedef enum {
-    DLOG_ERROR_NONE = 0,
-    DLOG_ERROR_NOT_PERMITTED = -1,
-    DLOG_ERROR_INVALID_PARAMETER = -22
+    DLOG_ERROR_NONE = TIZEN_ERROR_NONE,
+    DLOG_ERROR_NOT_PERMITTED = TIZEN_ERROR_NOT_PERMITTED,
+    DLOG_ERROR_INVALID_PARAMETER = TIZEN_ERROR_INVALID_PARAMETER
 } dlog_error_e;
 
 // Writes one entry. A null tag counts as ""; every line of a message with several lines carries the
 // prefix. The formatted message is cut to 4076 bytes, never inside a UTF-8 character.
+// A tag is cut to 128 bytes, an entry of very many lines after the last line that fits 16 KiB.
 // Returns the number of bytes written (0 or more); DLOG_ERROR_INVALID_PARAMETER for a priority below
 // DLOG_VERBOSE or from DLOG_PRIO_MAX up, for a null format and for one that cannot be formatted;
 // DLOG_ERROR_NOT_PERMITTED when the log refuses the entry. Allocates nothing itself, never blocks on a

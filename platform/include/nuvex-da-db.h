@@ -2,20 +2,25 @@
 // Calls block (up to 3 s while another process writes). A handle belongs to one thread at a time.
 #pragma once
 
+#include <tizen.h>
+
 #ifdef __cplusplus
 extern "C" {
 #endif
 
+#define NDD_ERROR_CLASS (-0x02E00000)
+
 typedef enum {
-    NDD_ERROR_NONE = 0,
-    NDD_ERROR_IO_ERROR = -5,  // the store cannot be opened, read or written, or is damaged
-    NDD_ERROR_OUT_OF_MEMORY = -12,
-    NDD_ERROR_BUSY = -16,                  // another process kept the store locked for the whole wait
-    NDD_ERROR_INVALID_PARAMETER = -22,     // a null or empty argument, or a bundle without the primary key
-    NDD_ERROR_NO_SUCH_STORE = -48234495,   // -0x02E00000 | 0x01
-    NDD_ERROR_NO_SUCH_COLUMN = -48234494,  // -0x02E00000 | 0x02
-    NDD_ERROR_ALREADY_EXISTS = -48234493,  // -0x02E00000 | 0x03
-    NDD_ERROR_NO_SUCH_RECORD = -48234492   // -0x02E00000 | 0x04
+    NDD_ERROR_NONE = TIZEN_ERROR_NONE,
+    NDD_ERROR_IO_ERROR = TIZEN_ERROR_IO_ERROR,  // the store cannot be opened, read or written, or is damaged
+    NDD_ERROR_OUT_OF_MEMORY = TIZEN_ERROR_OUT_OF_MEMORY,
+    NDD_ERROR_BUSY = TIZEN_ERROR_RESOURCE_BUSY,  // another process kept the store locked for the whole wait
+    NDD_ERROR_INVALID_PARAMETER =
+        TIZEN_ERROR_INVALID_PARAMETER,  // a null or empty argument, or a bundle without the primary key
+    NDD_ERROR_NO_SUCH_STORE = NDD_ERROR_CLASS | 0x01,
+    NDD_ERROR_NO_SUCH_COLUMN = NDD_ERROR_CLASS | 0x02,
+    NDD_ERROR_ALREADY_EXISTS = NDD_ERROR_CLASS | 0x03,
+    NDD_ERROR_NO_SUCH_RECORD = NDD_ERROR_CLASS | 0x04
 } ndd_error_e;
 
 typedef struct ndd_manager_s* ndd_manager_h;  // access to one store
