@@ -1,0 +1,139 @@
+#include "AppSession.h"
+
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+
+#include <utility>
+
+namespace HostPlatform {
+
+namespace {
+
+// Signals are the app's: a thread that starts while this is there gets none.
+class SignalsBlocked {
+  public:
+    SignalsBlocked()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+}  // namespace
+
+AppSession::AppSession(std::function<void()> lost)
+    : lost_(std::move(lost)),
+      wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), sdbus::adopt_fd),
+      connection_(sdbus::createSessionBusConnection())
+{
+    port_ = std::make_unique<AppPort>(*connection_, MainLoop::instance());
+    const SignalsBlocked blocked;
+    thread_ = std::thread([this] { run(); });
+}
+
+AppSession::~AppSession()
+{
+    if (thread_.joinable())
+        stop();
+}
+
+void AppSession::post(Task task)
+{
+    const std::lock_guard lock(mutex_);
+    if (ended_ || stopping_)
+        return;
+    tasks_.push_back(std::move(task));
+    wake();
+}
+
+bool AppSession::hasEnded() const
+{
+    const std::lock_guard lock(mutex_);
+    return ended_;
+}
+
+void AppSession::stop()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        stopping_ = true;
+        wake();
+    }
+    thread_.join();
+}
+
+void AppSession::run()
+{
+    bool lost = false;
+    try {
+        processUntilStopped();
+    } catch (const sdbus::Error&) {
+        lost = true;
+    }
+    end(lost);
+}
+
+void AppSession::processUntilStopped()
+{
+    while (runTasks()) {
+        const bool processed = connection_->processPendingRequest();
+        port_->tidy();
+        if (!processed)
+            waitForWork();
+    }
+}
+
+bool AppSession::runTasks()
+{
+    std::vector<Task> tasks;
+    {
+        const std::lock_guard lock(mutex_);
+        if (stopping_)
+            return false;
+        tasks.swap(tasks_);
+    }
+    for (const Task& task : tasks)
+        task(*port_);
+    return true;
+}
+
+void AppSession::waitForWork()
+{
+    const sdbus::IConnection::PollData data = connection_->getEventLoopPollData();
+    pollfd watches[] = {{data.fd, data.events, 0}, {wakeDescriptor_.get(), POLLIN, 0}};
+    poll(watches, 2, data.getPollTimeout());
+    eventfd_t count = 0;
+    eventfd_read(wakeDescriptor_.get(), &count);
+}
+
+void AppSession::end(bool lost)
+{
+    std::vector<Task> dropped;
+    {
+        const std::lock_guard lock(mutex_);
+        ended_ = true;
+        dropped.swap(tasks_);
+    }
+    if (lost)
+        port_->failAll();
+    port_.reset();
+    connection_.reset();
+    if (lost)
+        lost_();
+}
+
+void AppSession::wake() const
+{
+    eventfd_write(wakeDescriptor_.get(), 1);
+}
+
+}  // namespace HostPlatform

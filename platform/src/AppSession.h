@@ -1,0 +1,57 @@
+// A connection to the session bus and the thread that processes it.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "AppPort.h"
+
+namespace HostPlatform {
+
+/**
+ * Connects, and processes the connection on a thread of its own, which alone touches it. The session
+ * ends with stop(), or when the bus goes away: then the waiting replies fail, and @p lost is called on
+ * that thread.
+ */
+class AppSession {
+  public:
+    using Task = std::function<void(AppPort&)>;
+
+    /** Throws sdbus::Error where the bus cannot be reached, std::system_error where no thread can be had. */
+    explicit AppSession(std::function<void()> lost);
+    ~AppSession();
+    AppSession(const AppSession&) = delete;
+    AppSession& operator=(const AppSession&) = delete;
+
+    /** Any thread. Runs @p task on the session's thread, in order; once ended, drops it unrun. */
+    void post(Task task);
+
+    /** Any thread. */
+    bool hasEnded() const;
+
+    /** Any other thread, once. What is sent is flushed; tasks and calls under way are dropped. */
+    void stop();
+
+  private:
+    void run();
+    void processUntilStopped();
+    bool runTasks();
+    void waitForWork();
+    void end(bool lost);
+    void wake() const;
+
+    std::function<void()> lost_;
+    sdbus::UnixFd wakeDescriptor_;
+    std::unique_ptr<sdbus::IConnection> connection_;
+    std::unique_ptr<AppPort> port_;
+    mutable std::mutex mutex_;  // of the three below
+    std::vector<Task> tasks_;
+    bool stopping_ = false;
+    bool ended_ = false;
+    std::thread thread_;
+};
+
+}  // namespace HostPlatform

@@ -1,0 +1,169 @@
+#include "MainLoop.h"
+
+#include <Ecore.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace HostPlatform {
+
+namespace {
+
+void quitLoop(void*)
+{
+    ecore_main_loop_quit();
+}
+
+Eina_Bool onSignal(void* self, int, void*)
+{
+    static_cast<MainLoop*>(self)->requestEnd(MainLoop::End::Asked);
+    return ECORE_CALLBACK_PASS_ON;
+}
+
+bool isFirstThread()
+{
+    return syscall(SYS_gettid) == getpid();
+}
+
+}  // namespace
+
+MainLoop& MainLoop::instance()
+{
+    static MainLoop* const loop = new MainLoop;
+    return *loop;
+}
+
+void MainLoop::post(Item item)
+{
+    const std::lock_guard lock(mutex_);
+    items_.push_back(std::move(item));
+    if (open_ && !awake_)
+        wake();
+}
+
+std::size_t MainLoop::waiting() const
+{
+    const std::lock_guard lock(mutex_);
+    return items_.size();
+}
+
+void MainLoop::openForTool()
+{
+    const std::lock_guard lock(mutex_);
+    if (open_ || app_ || !isFirstThread())
+        return;
+    ecore_app_no_system_modules();
+    if (ecore_init() > 0)
+        open();
+}
+
+void MainLoop::prepare()
+{
+    const std::lock_guard lock(mutex_);
+    close();
+    app_ = true;
+    end_ = End::None;
+}
+
+MainLoop::End MainLoop::run()
+{
+    Ecore_Event_Handler* handler = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, onSignal, this);
+    bool ended = true;
+    {
+        const std::lock_guard lock(mutex_);
+        open();
+        ended = end_ != End::None;
+    }
+    if (!ended)
+        ecore_main_loop_begin();
+    ecore_event_handler_del(handler);
+    const std::lock_guard lock(mutex_);
+    close();
+    return end_ == End::None ? End::Asked : end_;
+}
+
+void MainLoop::finish()
+{
+    std::deque<Item> dropped;
+    const std::lock_guard lock(mutex_);
+    close();
+    app_ = false;
+    end_ = End::None;
+    dropped.swap(items_);
+}
+
+void MainLoop::requestEnd(End reason)
+{
+    const std::lock_guard lock(mutex_);
+    if (!app_ || end_ != End::None)
+        return;
+    end_ = reason;
+    if (open_)
+        ecore_main_loop_thread_safe_call_async(quitLoop, nullptr);
+}
+
+void MainLoop::open()
+{
+    open_ = true;
+    if (!items_.empty())
+        wake();
+}
+
+void MainLoop::close()
+{
+    open_ = false;
+    awake_ = false;
+}
+
+// Ecore runs a thread-safe call of its own thread at once, under our lock; a job waits for the loop.
+void MainLoop::wake()
+{
+    awake_ = true;
+    if (eina_main_loop_is())
+        ecore_job_add(onWake, this);
+    else
+        ecore_main_loop_thread_safe_call_async(onWake, this);
+}
+
+void MainLoop::onWake(void* self)
+{
+    static_cast<MainLoop*>(self)->runSome();
+}
+
+// No more than is there at the start: a flood of items keeps neither signals nor timers from their turn.
+void MainLoop::runSome()
+{
+    std::size_t count = startRound();
+    for (Item item; count > 0 && takeItem(item); --count)
+        item();
+    const std::lock_guard lock(mutex_);
+    if (!items_.empty() && mayRun() && !awake_)
+        wake();
+}
+
+// From here on a new item wakes the loop again, so that an item may run a loop inside itself.
+std::size_t MainLoop::startRound()
+{
+    const std::lock_guard lock(mutex_);
+    awake_ = false;
+    return items_.size();
+}
+
+bool MainLoop::takeItem(Item& item)
+{
+    Item done = std::move(item);
+    const std::lock_guard lock(mutex_);
+    if (items_.empty() || !mayRun())
+        return false;
+    item = std::move(items_.front());
+    items_.pop_front();
+    return true;
+}
+
+bool MainLoop::mayRun() const
+{
+    return open_ && end_ == End::None;
+}
+
+}  // namespace HostPlatform

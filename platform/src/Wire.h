@@ -1,0 +1,33 @@
+// How app control looks on the bus: its names, its limits, and extra data in a message.
+#pragma once
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <chrono>
+#include <string>
+
+#include "AppControlHandle.h"
+
+namespace HostPlatform::Wire {
+
+inline const char* const Path = "/org/tizen/AppControl";
+inline const char* const Interface = "org.tizen.AppControl1";
+
+constexpr std::chrono::seconds LaunchLimit{25};
+
+/** Texts of one message, together; the bus drops a client that sends more than it takes. */
+constexpr std::size_t MaxTextBytes = 16 * 1024 * 1024;
+
+/** Requests that wait for the receiver's main loop. */
+constexpr std::size_t MaxWaitingRequests = 4096;
+
+/** Appends an a{sv} of texts and text lists; null elements become empty texts. Throws sdbus::Error. */
+void writeExtraData(sdbus::Message& message, const ExtraData& extraData);
+
+/** Reads an a{sv}. Throws an sdbus::Error InvalidArgs where a value is neither s nor as. */
+ExtraData readExtraData(sdbus::Message& message);
+
+/** Whether @p name can be owned by an app on the bus. */
+bool isAppName(const std::string& name);
+
+}  // namespace HostPlatform::Wire
