@@ -1,0 +1,72 @@
+#include "AsyncThread.h"
+
+#include <ctime>
+
+#include <Ecore.h>
+
+namespace Util {
+
+namespace {
+
+constexpr timespec POLL_INTERVAL = {0, 50 * 1000 * 1000};
+
+}  // namespace
+
+AsyncThread::AsyncThread()
+{
+    // Not in the initialiser list: the worker uses the members that are declared behind the thread.
+    mThread = std::make_unique<std::thread>([this] { run(); });
+}
+
+AsyncThread::~AsyncThread()
+{
+    mStop = true;
+    mThread->join();
+}
+
+void AsyncThread::asyncCall(const std::function<bool()>& work, const std::function<void()>& done)
+{
+    std::lock_guard<std::mutex> lock(mMutex);
+    mQueue.push_back(std::make_unique<Task>(Task{work, done}));
+}
+
+void AsyncThread::syncCallEcore(const std::function<void()>& func)
+{
+    auto onMainLoop = [](void* data) -> void* {
+        complete(data);
+        return nullptr;
+    };
+    ecore_main_loop_thread_safe_call_sync(onMainLoop, std::make_unique<Task>(Task{nullptr, func}).release());
+}
+
+void AsyncThread::run()
+{
+    while (!mStop) {
+        std::unique_ptr<Task> task = takeTask();
+        if (task && task->work())
+            ecore_main_loop_thread_safe_call_async(complete, task.release());
+        task.reset();
+        if (mStop)
+            return;
+        nanosleep(&POLL_INTERVAL, nullptr);
+    }
+}
+
+void AsyncThread::complete(void* data)
+{
+    std::unique_ptr<Task> task(static_cast<Task*>(data));
+    if (task->done)
+        task->done();
+}
+
+std::unique_ptr<AsyncThread::Task> AsyncThread::takeTask()
+{
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mQueue.empty())
+        return nullptr;
+    std::unique_ptr<Task> task = std::move(mQueue.front());
+    mQueue.pop_front();
+    return task;
+}
+
+}  // namespace Util
