@@ -1,0 +1,49 @@
+// Reading answers of servers that nobody here controls: every member may be missing or of any type.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <json-glib/json-glib.h>
+
+namespace Carvoy {
+
+struct JsonParserDeleter {
+    void operator()(JsonParser* parser) const { g_object_unref(parser); }
+};
+using JsonParserPtr = std::unique_ptr<JsonParser, JsonParserDeleter>;
+
+/**
+ * Functions on json-glib's objects that never reach one of its assertions, whatever the text held. What they
+ * return belongs to the parser. Used by one thread at a time.
+ */
+namespace JsonReader {
+
+/**
+ * Loads `text`. False if it is not JSON, and also if objects and arrays are nested deeper than 1024, because
+ * json-glib, which reads and releases them recursively, would overflow the stack.
+ */
+bool load(JsonParser* parser, const std::string& text);
+
+/** The member as an array; null if there is none or it is something else. */
+JsonArray* arrayMember(JsonObject* object, const char* name);
+
+/** The element as an object; null if there is none or it is something else. */
+JsonObject* objectElement(JsonArray* array, unsigned index);
+
+/** The first element of the array member, as an object; null where any link of that is missing. */
+JsonObject* firstObjectOf(JsonObject* object, const char* arrayName);
+
+/** The member's text in UTF-8; null if there is none or it is something else. */
+const char* stringMember(JsonObject* object, const char* name);
+
+/**
+ * The member as a 32-bit number: a larger one keeps its low 32 bits, a fraction is cut off. Nothing if there
+ * is none, it is no number, or a fraction too large for 64 bits.
+ */
+std::optional<int> intMember(JsonObject* object, const char* name);
+
+}  // namespace JsonReader
+
+}  // namespace Carvoy
