@@ -20,6 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// "-2147483648\n" takes 12 bytes.
+constexpr std::size_t kLongestNumber = 12;
+
 thread_local int lastError = VCONF_OK;
 
 int finish(int code)
@@ -120,12 +123,13 @@ int getInt(const char* key, int* value)
     if (!path || !fs::is_regular_file(*path))
         return VCONF_ERROR;
     std::ifstream file(*path, std::ios::binary);
-    char text[16] = {};  // "-2147483648\n" and some more, to see what is too long
+    char text[kLongestNumber + 1];
     file.read(text, sizeof text);
     if (file.bad() || !file.is_open())
         return VCONF_ERROR;
-    const auto number = parseInt({text, static_cast<std::size_t>(file.gcount())});
-    if (!number)
+    const auto length = static_cast<std::size_t>(file.gcount());
+    const auto number = parseInt({text, length});
+    if (length > kLongestNumber || !number)
         return VCONF_ERROR_WRONG_TYPE;
     *value = *number;
     return VCONF_OK;
