@@ -288,12 +288,13 @@ int AppControl::performAppControlSync(AppControlData& data)
         }
     }
 
-    if (data.getRequestedAppControl())
-        error =
-            app_control_reply_to_launch_request(handle, data.getRequestedAppControl(), data.getResultCode());
+    // A reply goes back on the calling thread, a request may wait here for the other app to be started.
+    if (app_control_h request = data.getRequestedAppControl())
+        error = app_control_reply_to_launch_request(handle, request, data.getResultCode());
     else
         error =
             app_control_send_launch_request(handle, data.getReplyCallback(), data.getReplyCallbackUserData());
+
     if (error != APP_CONTROL_ERROR_NONE) {
         LOG_E("Failed to launch request");
         return error;
