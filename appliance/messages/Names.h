@@ -1,0 +1,34 @@
+// The app ids, operations and extra data keys that the programs around the service use.
+#pragma once
+
+namespace Appliance {
+
+inline constexpr char ServiceAppId[] = "org.tizen.carvoy-service";
+inline constexpr char UiAppId[] = "org.tizen.carvoy";
+
+inline constexpr char PlatformOperations[] = "http://tizen.org/appcontrol/operation/";
+inline constexpr char ServiceOperations[] = "http://carvoy-service/appcontrol/operation/";
+inline constexpr char AssistantOperations[] = "http://nuvex-da/appcontrol/operation/";
+
+inline constexpr char OperationSearch[] = "http://carvoy-service/appcontrol/operation/search";
+inline constexpr char OperationShow[] = "http://carvoy-service/appcontrol/operation/show";
+inline constexpr char OperationResult[] = "http://carvoy-service/appcontrol/operation/result";
+inline constexpr char OperationProductImage[] = "http://carvoy-service/appcontrol/operation/product_image";
+
+inline constexpr char KeyMerchant[] = "key_merchant";
+inline constexpr char KeySearchTerm[] = "key_search_term";
+inline constexpr char KeyTotal[] = "key_total_num_of_products";
+inline constexpr char KeyNames[] = "key_product_names";
+inline constexpr char KeySizes[] = "key_product_size_or_weights";
+inline constexpr char KeyDiscounts[] = "key_product_discount_percents";
+inline constexpr char KeyFormerPrices[] = "key_product_prices_before_discount";
+inline constexpr char KeyPrices[] = "key_product_prices";
+inline constexpr char KeyVariantRefs[] = "key_product_variant_refs";
+inline constexpr char KeyImageNumber[] = "key_product_image_num";
+inline constexpr char KeyImagePath[] = "key_product_image_path";
+
+// What the UI app puts into its replies to search and show: the place in the card that they speak of.
+inline constexpr char KeyCardSequence[] = "key_card_sequence";
+inline constexpr char KeyCardResults[] = "key_card_results";
+
+}  // namespace Appliance

@@ -1,0 +1,90 @@
+#include "Card.h"
+
+#include <charconv>
+
+namespace Ui {
+
+namespace {
+
+// Decimal digits only: no sign, no blank, nothing behind.
+std::optional<std::size_t> countFrom(const std::string& text)
+{
+    std::size_t value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::string at(const std::vector<std::string>& list, std::size_t index)
+{
+    return index < list.size() ? list[index] : std::string();
+}
+
+Product productAt(const ProductLists& lists, std::size_t index)
+{
+    return {at(lists.names, index),
+            at(lists.sizes, index),
+            at(lists.discounts, index),
+            at(lists.formerPrices, index),
+            at(lists.prices, index),
+            at(lists.variantRefs, index),
+            std::string()};
+}
+
+}  // namespace
+
+void Card::startSearch(const std::string& merchant, const std::string& term)
+{
+    ++content_.sequence;
+    content_.state = CardState::Searching;
+    content_.merchant = merchant;
+    content_.term = term;
+    content_.products.clear();
+}
+
+std::optional<std::string> Card::showResult(const ProductLists& lists)
+{
+    const std::optional<std::size_t> total = countFrom(lists.total);
+    if (!total || *total > ProductsShown) {
+        return "the number of products is \"" + lists.total + "\"";
+    }
+    const bool sameSearch = lists.merchant == content_.merchant && lists.term == content_.term;
+    if (content_.state == CardState::Searching && !sameSearch) {
+        return "it belongs to another search";
+    }
+    ++content_.results;
+    content_.state = CardState::Shown;
+    content_.merchant = lists.merchant;
+    content_.term = lists.term;
+    content_.products.clear();
+    for (std::size_t i = 0; i < *total; ++i) {
+        content_.products.push_back(productAt(lists, i));
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> Card::notePicture(const std::string& number, const std::string& path)
+{
+    const std::optional<std::size_t> index = countFrom(number);
+    if (!index || *index >= content_.products.size()) {
+        return "there is no product \"" + number + "\"";
+    }
+    if (path.empty()) {
+        return "it names no file";
+    }
+    content_.products[*index].picture = path;
+    return std::nullopt;
+}
+
+void Card::noteReceived(Received received)
+{
+    content_.messages.push_back(std::move(received));
+    if (content_.messages.size() > MessagesKept) {
+        content_.messages.pop_front();
+    }
+}
+
+}  // namespace Ui

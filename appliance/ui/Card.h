@@ -1,0 +1,75 @@
+// The product card that the screen shows: what was searched, the products found, their pictures.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Ui {
+
+struct Product {
+    std::string name;
+    std::string size;
+    std::string discount;
+    std::string formerPrice;
+    std::string price;
+    std::string variantRef;
+    std::string picture;  // path of the local file; empty until it arrived
+};
+
+// A message that the UI app received.
+struct Received {
+    std::string time;  // UTC, ISO 8601 with milliseconds
+    std::string operation;
+    std::string from;     // the sender's app id
+    std::string outcome;  // "taken", or why the message was ignored
+};
+
+enum class CardState { Empty, Searching, Shown };
+
+struct CardContent {
+    int sequence = 0;  // counts the searches of this run of the app from 1; 0 before the first
+    int results = 0;   // counts the product lists taken
+    CardState state = CardState::Empty;
+    std::string merchant;
+    std::string term;
+    std::vector<Product> products;
+    std::deque<Received> messages;  // the newest last, at most Card::MessagesKept
+};
+
+// The product lists of a result message as they arrived; `total` is still text.
+struct ProductLists {
+    std::string merchant;
+    std::string term;
+    std::string total;
+    std::vector<std::string> names;
+    std::vector<std::string> sizes;
+    std::vector<std::string> discounts;
+    std::vector<std::string> formerPrices;
+    std::vector<std::string> prices;
+    std::vector<std::string> variantRefs;
+};
+
+// Keeps the content consistent whatever arrives. Used by one thread at a time; no input makes it fail.
+class Card {
+  public:
+    static constexpr std::size_t ProductsShown = 100;
+    static constexpr std::size_t MessagesKept = 100;
+
+    const CardContent& content() const { return content_; }
+
+    void startSearch(const std::string& merchant, const std::string& term);
+
+    // Both return why the message is ignored, or nothing when it was taken.
+    // While a search is under way, lists for another merchant or term are an older search's: ignored.
+    std::optional<std::string> showResult(const ProductLists& lists);
+    std::optional<std::string> notePicture(const std::string& number, const std::string& path);
+
+    void noteReceived(Received received);
+
+  private:
+    CardContent content_;
+};
+
+}  // namespace Ui

@@ -1,0 +1,38 @@
+// How the UI app answers the product lists: at once, later, with a failure, or never.
+#pragma once
+
+#include <Ecore.h>
+#include <app_control.h>
+
+#include <string>
+
+namespace Ui {
+
+// Main loop only. Owns at most one request that is still to be answered.
+class Confirmation {
+  public:
+    enum class Mode { Now, Late, Fail, Never };
+
+    // `delay` in seconds; used by Late only.
+    Confirmation(Mode mode, double delay) : mode_(mode), delay_(delay) {}
+    ~Confirmation() { drop(); }
+    Confirmation(const Confirmation&) = delete;
+    Confirmation& operator=(const Confirmation&) = delete;
+
+    // Answers the request, or keeps a clone of it to answer it later in place of an earlier one.
+    void answer(app_control_h request);
+
+    // Gives up an answer that is still held back.
+    void drop();
+
+  private:
+    static Eina_Bool onTimer(void* self);
+    void hold(app_control_h request);
+
+    Mode mode_;
+    double delay_;
+    app_control_h held_ = nullptr;
+    Ecore_Timer* timer_ = nullptr;
+};
+
+}  // namespace Ui
