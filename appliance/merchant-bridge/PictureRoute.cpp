@@ -22,7 +22,7 @@ Drops dropsFor(std::size_t size, milliseconds time)
 {
     const auto wanted = static_cast<std::size_t>(std::max<std::int64_t>(time / usualPause, 1));
     const std::size_t dropSize = size / wanted + 1;
-    const std::size_t drops = size / dropSize + 1;
+    const std::size_t drops = (size + dropSize - 1) / dropSize;
     return {dropSize, time / static_cast<std::int64_t>(drops) + milliseconds(1)};
 }
 

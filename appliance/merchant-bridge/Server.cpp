@@ -32,6 +32,13 @@ class HttpsServer : public httplib::SSLServer {
     void endListening() { shutdown(svr_sock_, SHUT_RDWR); }
 };
 
+// The library's own choice would let two servers share a port and divide its connections between them.
+void reuseAddressOnly(socket_t listening)
+{
+    const int yes = 1;
+    setsockopt(listening, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+}
+
 void checkPictures(const Catalogue& catalogue, const Pictures& pictures)
 {
     for (const Merchant& merchant : catalogue.merchants())
@@ -99,6 +106,7 @@ Server::Parts::~Parts()
 
 void Server::Parts::bind(const Settings& settings)
 {
+    server.set_socket_options(reuseAddressOnly);
     port = settings.port;
     if (port == 0)
         port = server.bind_to_any_port(settings.address);
