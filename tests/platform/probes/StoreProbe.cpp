@@ -9,17 +9,20 @@
 
 namespace {
 
-// Asks for a path before main and after it, when no static object can be relied upon any more.
-struct EarlyAndLate {
-    const char* early = tzplatform_mkpath(TZ_USER_CONTENT, "tmp");
+extern const char* const pathBeforeMain;
 
-    ~EarlyAndLate()
+// Asks for the path again at the very end. It is constructed before the platform is first used, so
+// that static objects of the platform would be gone by then.
+struct Last {
+    ~Last()
     {
-        const bool same = tzplatform_mkpath(TZ_USER_CONTENT, "tmp") == early;
-        std::printf("%s\n", same && early != nullptr ? "same path to the end" : "no path");
+        const bool same = tzplatform_mkpath(TZ_USER_CONTENT, "tmp") == pathBeforeMain;
+        std::printf("%s\n", same && pathBeforeMain != nullptr ? "same path to the end" : "no path");
         std::fflush(stdout);
     }
-} earlyAndLate;
+} atTheEnd;
+
+const char* const pathBeforeMain = tzplatform_mkpath(TZ_USER_CONTENT, "tmp");
 
 int printFolders()
 {
