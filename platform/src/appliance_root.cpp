@@ -3,9 +3,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -16,11 +14,6 @@ namespace HostPlatform {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Apps keep the paths of files below the root in 128 bytes and hand them to a shell unquoted. On the
-// appliance every path is short and plain; a longer or odder one here would have them remove other folders.
-constexpr std::size_t kLongestRoot = 110;
-constexpr const char* kPlainPunctuation = "/._-+@:,=%";
 
 std::optional<fs::path> folderFromEnvironment(const char* variable)
 {
@@ -51,17 +44,6 @@ fs::path chooseRoot()
            ".local/state/carvoy-appliance";
 }
 
-bool isPlain(unsigned char character)
-{
-    return std::isalnum(character) != 0 || character >= 0x80 ||
-           std::string(kPlainPunctuation).find(static_cast<char>(character)) != std::string::npos;
-}
-
-bool isUsable(const std::string& root)
-{
-    return root.size() <= kLongestRoot && std::all_of(root.begin(), root.end(), isPlain);
-}
-
 void makeFolders(const std::string& root)
 {
     for (const char* folder : {kUserAppFolder, kUserContentFolder}) {
@@ -83,13 +65,6 @@ std::string withoutFinalSlash(std::string path)
 std::string resolveRoot()
 {
     const std::string root = withoutFinalSlash(chooseRoot().lexically_normal().string());
-    if (!isUsable(root)) {
-        std::fprintf(stderr,
-                     "host platform: the appliance root '%s' is over %zu bytes long or holds characters "
-                     "that a shell would not take as they are; set APPLIANCE_ROOT\n",
-                     root.c_str(), kLongestRoot);
-        return {};
-    }
     makeFolders(root);
     return root;
 }

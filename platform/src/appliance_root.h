@@ -7,8 +7,8 @@ namespace HostPlatform {
 
 // The root's absolute path, without a final '/': APPLIANCE_ROOT, else the user's state folder (see
 // docs/host-platform.md). Resolved once per process, at the first call, which also makes the root and the
-// folders that apps expect in it. Empty, with a line on standard error, when the path is one that apps
-// could not use. Callable from any thread and at any time, static initialisation and destruction included.
+// folders that apps expect in it; one that cannot be made is told on standard error. Callable from any thread
+// and at any time, static initialisation and destruction included.
 const std::string& applianceRoot();
 
 // Folders of the platform paths, in the root.

@@ -72,8 +72,6 @@ namespace {
 int openDatabase(Database& database)
 {
     const std::string& root = HostPlatform::applianceRoot();
-    if (root.empty())
-        return NDD_ERROR_IO_ERROR;
     sqlite3* opened = nullptr;
     const int code =
         sqlite3_open_v2((root + "/data-store.sqlite").c_str(), &opened,

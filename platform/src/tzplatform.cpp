@@ -53,7 +53,7 @@ const char* makePath(tzplatform_variable id, const std::string& path)
 {
     const char* folder = folderOf(id);
     const std::string& root = HostPlatform::applianceRoot();
-    if (folder == nullptr || root.empty())
+    if (folder == nullptr)
         return nullptr;
     const std::string base = (root == "/" ? "" : root) + "/" + folder;
     const std::string rest = relative(path);

@@ -56,12 +56,9 @@ bool isKey(const char* key)
     return false;
 }
 
-std::optional<fs::path> fileOf(const char* key)
+fs::path fileOf(const char* key)
 {
-    const std::string& root = HostPlatform::applianceRoot();
-    if (root.empty())
-        return std::nullopt;
-    return fs::path(root) / "vconf" / key;
+    return fs::path(HostPlatform::applianceRoot()) / "vconf" / key;
 }
 
 // Whether a key must exist before it can be set, as on appliances whose keys are declared by packages.
@@ -96,10 +93,10 @@ int setInt(const char* key, int value)
     if (!isKey(key))
         return VCONF_ERROR_WRONG_PREFIX;
     const auto file = fileOf(key);
-    if (!file || (isStrict() && !fs::is_regular_file(*file)))
+    if (isStrict() && !fs::is_regular_file(file))
         return VCONF_ERROR;
-    fs::create_directories(file->parent_path());
-    return replaceFile(*file, std::to_string(value) + "\n") ? VCONF_OK : VCONF_ERROR;
+    fs::create_directories(file.parent_path());
+    return replaceFile(file, std::to_string(value) + "\n") ? VCONF_OK : VCONF_ERROR;
 }
 
 std::optional<int> parseInt(std::string_view text)
@@ -120,9 +117,9 @@ int getInt(const char* key, int* value)
     if (value == nullptr)
         return VCONF_ERROR_WRONG_VALUE;
     const auto path = fileOf(key);
-    if (!path || !fs::is_regular_file(*path))
+    if (!fs::is_regular_file(path))
         return VCONF_ERROR;
-    std::ifstream file(*path, std::ios::binary);
+    std::ifstream file(path, std::ios::binary);
     char text[kLongestNumber + 1];
     file.read(text, sizeof text);
     if (file.bad() || !file.is_open())
