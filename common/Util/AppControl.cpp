@@ -225,7 +225,7 @@ void AppControl::performAppControl(AppControlData& data)
         performAppControlSync(message);
         return false;
     };
-    asyncThread.asyncCall(send, nullptr);
+    asyncThread.asyncCall(send, [] {});
 }
 
 int AppControl::performAppControlSync(AppControlData& data)

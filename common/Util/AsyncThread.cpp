@@ -8,7 +8,7 @@ namespace Util {
 
 namespace {
 
-constexpr timespec POLL_INTERVAL = {0, 50 * 1000 * 1000};
+constexpr timespec POLL_INTERVAL = {0, 50000000};  // 50 ms
 
 }  // namespace
 

@@ -7,11 +7,11 @@ extern "C" {
 #endif
 
 #define VCONF_OK 0
-#define VCONF_ERROR -1
-#define VCONF_ERROR_WRONG_PREFIX -2
-#define VCONF_ERROR_WRONG_TYPE -3
-#define VCONF_ERROR_WRONG_VALUE -4
-#define VCONF_ERROR_NO_MEM -6
+#define VCONF_ERROR (-1)
+#define VCONF_ERROR_WRONG_PREFIX (-2)
+#define VCONF_ERROR_WRONG_TYPE (-3)
+#define VCONF_ERROR_WRONG_VALUE (-4)
+#define VCONF_ERROR_NO_MEM (-6)
 
 // A key is "db/...", "file/..." or "memory/..." with no empty, "." or ".." segment and no final "/".
 
