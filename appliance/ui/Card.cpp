@@ -1,6 +1,8 @@
 #include "Card.h"
 
 #include <charconv>
+#include <tuple>
+#include <utility>
 
 namespace Ui {
 
@@ -21,6 +23,13 @@ std::optional<std::size_t> countFrom(const std::string& text)
 std::string at(const std::vector<std::string>& list, std::size_t index)
 {
     return index < list.size() ? list[index] : std::string();
+}
+
+// Whether only the picture may differ.
+bool isSameProduct(const Product& a, const Product& b)
+{
+    return std::tie(a.name, a.size, a.discount, a.formerPrice, a.price, a.variantRef) ==
+           std::tie(b.name, b.size, b.discount, b.formerPrice, b.price, b.variantRef);
 }
 
 Product productAt(const ProductLists& lists, std::size_t index)
@@ -59,11 +68,22 @@ std::optional<std::string> Card::showResult(const ProductLists& lists)
     content_.state = CardState::Shown;
     content_.merchant = lists.merchant;
     content_.term = lists.term;
-    content_.products.clear();
-    for (std::size_t i = 0; i < *total; ++i) {
-        content_.products.push_back(productAt(lists, i));
-    }
+    replaceProducts(lists, *total);
     return std::nullopt;
+}
+
+// The service sends each picture once: lists that are sent again leave the pictures of their products.
+void Card::replaceProducts(const ProductLists& lists, std::size_t total)
+{
+    const std::vector<Product> before = std::move(content_.products);
+    content_.products.clear();
+    for (std::size_t i = 0; i < total; ++i) {
+        Product product = productAt(lists, i);
+        if (i < before.size() && isSameProduct(product, before[i])) {
+            product.picture = before[i].picture;
+        }
+        content_.products.push_back(std::move(product));
+    }
 }
 
 std::optional<std::string> Card::notePicture(const std::string& number, const std::string& path)

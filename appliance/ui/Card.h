@@ -69,6 +69,8 @@ class Card {
     void noteReceived(Received received);
 
   private:
+    void replaceProducts(const ProductLists& lists, std::size_t total);
+
     CardContent content_;
 };
 

@@ -1,0 +1,69 @@
+// The whole appliance on this PC: a private bus, the merchant bridge, the service and the UI app.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BusNames.h"
+#include "ChildProcess.h"
+#include "EventLoop.h"
+#include "Root.h"
+#include "Session.h"
+
+namespace Tool {
+
+struct RigOptions {
+    Root root;
+    std::vector<std::string> uiArguments;
+};
+
+// Owns the processes and the root's lock. Main thread only.
+class Rig {
+  public:
+    // Called as each program is ready: its name and what is worth knowing of it.
+    using ReadyHandler = std::function<void(const std::string& name, const std::string& detail)>;
+
+    // Throws Failure when the root is unfit or taken.
+    Rig(EventLoop& loop, RigOptions options);
+    // Kills what stop() has not ended.
+    ~Rig();
+
+    // Starts everything, each program when what it needs is ready, and writes session.json; this process
+    // has then entered the session. Throws Failure when a program does not come up. From then on a program
+    // that ends by itself makes the loop throw Failure.
+    void start(const ReadyHandler& onReady);
+
+    // Ends everything. Returns what went wrong with it: a line for each program that did not end well.
+    std::vector<std::string> stop();
+
+    std::filesystem::path bridgeLog() const { return options_.root.logFolder() / "merchant-bridge.log"; }
+
+  private:
+    using LineTest = std::function<bool(const std::string& line)>;
+
+    void prepareFolders();
+    void startBus();
+    void startBridge();
+    void startApp(const std::string& program, const std::string& appId,
+                  const std::vector<std::string>& arguments);
+    ChildProcess& spawn(const std::string& name, std::vector<std::string> command);
+    std::filesystem::path outputOf(const std::string& name) const;
+    void await(const ChildProcess& child, const std::function<bool()>& ready);
+    void awaitLine(const ChildProcess& child, const LineTest& isWanted);
+    void onEnd(ChildProcess& child);
+    void endAll(const std::vector<ChildProcess*>& children, std::vector<std::string>& troubles);
+
+    EventLoop& loop_;
+    RigOptions options_;
+    RootLock lock_;
+    std::optional<BusNames> names_;
+    Session session_;
+    ReadyHandler onReady_;
+    bool stopping_ = false;
+    std::vector<std::unique_ptr<ChildProcess>> children_;  // in the order of their start
+};
+
+}  // namespace Tool

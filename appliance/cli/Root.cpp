@@ -1,0 +1,99 @@
+#include "Root.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+namespace Tool {
+
+namespace {
+
+constexpr std::size_t LongestPictureFolder = 100;
+
+bool isPlain(char byte)
+{
+    const std::string plain = "_./+,:@%=~-";
+    const bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+    return letter || (byte >= '0' && byte <= '9') || plain.find(byte) != std::string::npos;
+}
+
+int opened(const Root& root, int flags)
+{
+    return open(root.lockFile().c_str(), flags | O_CLOEXEC, 0600);
+}
+
+}  // namespace
+
+std::filesystem::path buildFolder()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+}
+
+std::optional<std::string> whyUnfit(const std::filesystem::path& root)
+{
+    const std::string path = root.string();
+    for (const char byte : path) {
+        if (!isPlain(byte)) {
+            return "it has a character other than A-Z a-z 0-9 _ . / + , : @ % = ~ -";
+        }
+    }
+    const std::size_t length = (root / "media" / "tmp").string().size();
+    if (length > LongestPictureFolder) {
+        return "its picture folder's path would be " + std::to_string(length) +
+               " characters long, and more than " + std::to_string(LongestPictureFolder) + " do not fit";
+    }
+    return std::nullopt;
+}
+
+Root chosenRoot(const std::string& option)
+{
+    const char* variable = std::getenv("APPLIANCE_ROOT");
+    if (!option.empty()) {
+        return {std::filesystem::absolute(option).lexically_normal()};
+    }
+    if (variable != nullptr && *variable != '\0') {
+        return {std::filesystem::absolute(variable).lexically_normal()};
+    }
+    return {buildFolder() / "appliance"};
+}
+
+std::optional<RootLock> RootLock::take(const Root& root)
+{
+    std::filesystem::create_directories(root.path);
+    const int fd = opened(root, O_RDWR | O_CREAT);
+    if (fd < 0) {
+        throw std::system_error(errno, std::generic_category(), root.lockFile().string());
+    }
+    RootLock lock(fd);
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        return std::nullopt;
+    }
+    return lock;
+}
+
+bool RootLock::isTaken(const Root& root)
+{
+    const int fd = opened(root, O_RDWR);
+    if (fd < 0) {
+        return false;
+    }
+    const bool taken = flock(fd, LOCK_SH | LOCK_NB) != 0;
+    close(fd);
+    return taken;
+}
+
+RootLock::RootLock(RootLock&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+
+RootLock::~RootLock()
+{
+    if (fd_ >= 0) {
+        close(fd_);
+    }
+}
+
+}  // namespace Tool

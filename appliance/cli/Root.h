@@ -1,0 +1,51 @@
+// The folder that holds everything of one running appliance.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace Tool {
+
+struct Root {
+    std::filesystem::path path;  // absolute
+
+    std::filesystem::path logFolder() const { return path / "log"; }
+    std::filesystem::path platformLog() const { return logFolder() / "platform.log"; }
+    std::filesystem::path screenFolder() const { return path / "screen"; }
+    std::filesystem::path cardFile() const { return screenFolder() / "card.json"; }
+    std::filesystem::path sessionFile() const { return path / "session.json"; }
+    std::filesystem::path lockFile() const { return path / "lock"; }
+    std::filesystem::path dataStore() const { return path / "data-store.sqlite"; }
+};
+
+// The build folder that this program lies in: the parent of its bin folder.
+std::filesystem::path buildFolder();
+
+// Why the service cannot live in this folder, or nothing. The service clears its pictures with a shell
+// command and builds their paths in 128 bytes.
+std::optional<std::string> whyUnfit(const std::filesystem::path& root);
+
+// The root that is meant: the option, else APPLIANCE_ROOT, else the build folder's own. Absolute.
+Root chosenRoot(const std::string& option);
+
+// Held by the one process that runs the appliance in a root; the system frees it with the process.
+class RootLock {
+  public:
+    // Makes the folder where needed. Nothing when another process holds the lock.
+    // Throws std::system_error when the folder cannot be written.
+    static std::optional<RootLock> take(const Root& root);
+
+    static bool isTaken(const Root& root);
+
+    RootLock(RootLock&& other) noexcept;
+    RootLock& operator=(RootLock&&) = delete;
+    ~RootLock();
+
+  private:
+    explicit RootLock(int fd) : fd_(fd) {}
+
+    int fd_;
+};
+
+}  // namespace Tool

@@ -1,0 +1,38 @@
+// A search in the terminal as it goes on, and as JSON when it is over.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "Progress.h"
+#include "SearchRun.h"
+#include "Terminal.h"
+
+namespace Tool {
+
+// Prints to standard output what comes, and tells what is awaited. Quiet: prints nothing.
+class SearchOutput : public SearchListener {
+  public:
+    explicit SearchOutput(bool quiet);
+
+    void onAsked() override;
+    void onShown(const Ui::CardContent& card) override;
+    void onPicture(std::size_t index, const std::string& path) override;
+    void onPictureGivenUp(std::size_t index, const std::string& reason) override;
+    void onPicturesAwaited(std::size_t settled, std::size_t total) override;
+
+    // The service's error lines of a search that found nothing.
+    void errors(const SearchResult& result);
+
+    Progress& progress() { return progress_; }
+
+  private:
+    void print(const std::string& text);
+
+    bool quiet_;
+    Style style_;
+    Progress progress_;
+};
+
+nlohmann::json searchJson(const SearchResult& result);
+
+}  // namespace Tool

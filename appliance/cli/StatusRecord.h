@@ -1,0 +1,31 @@
+// What the service leaves for others after a search: its record in the assistant's data store, and a flag.
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "Terminal.h"
+
+namespace Tool {
+
+inline constexpr std::array<const char*, 5> StatusColumns = {"isLoggedIn", "isLinked", "totalCount",
+                                                             "productCountInCart", "currentViewType"};
+
+// One value for each of StatusColumns; nothing where the column is null.
+using StatusRecord = std::array<std::optional<int>, StatusColumns.size()>;
+
+// The record with the primary key 0; nothing where there is none yet. Opens the file read-only.
+// Throws std::runtime_error for a file that cannot be read as a data store.
+std::optional<StatusRecord> readStatusRecord(const std::filesystem::path& dataStore);
+
+// The flag that tells that a search was answered. Nothing where it is not set. Needs the entered session.
+std::optional<int> readSearchFlag();
+
+std::string statusText(const std::optional<StatusRecord>& record, std::optional<int> flag,
+                       const Style& style);
+nlohmann::json statusJson(const std::optional<StatusRecord>& record, std::optional<int> flag);
+
+}  // namespace Tool

@@ -1,0 +1,78 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "CardJson.h"
+#include "CardView.h"
+#include "Commands.h"
+#include "FolderWatch.h"
+#include "Names.h"
+#include "Session.h"
+#include "UiClient.h"
+
+namespace Tool {
+
+namespace {
+
+struct ResultArguments {
+    std::string root;
+    double timeout = 75;
+    bool json = false;
+};
+
+std::string allText(const Ui::CardContent& card, const Style& style)
+{
+    std::string pictures;
+    for (std::size_t i = 0; i < card.products.size(); ++i) {
+        const std::string& path = card.products[i].picture;
+        pictures += path.empty() ? "" : pictureText(i, path, style);
+    }
+    return cardText(card, style) + (pictures.empty() ? "" : "\n" + pictures);
+}
+
+Ui::CardContent freshCard(EventLoop& loop, const Root& root, std::chrono::milliseconds limit)
+{
+    std::optional<Ui::CardContent> card;
+    const FolderWatch screen(root.screenFolder(), [&](const std::string&) { card = currentCard(root); });
+    const CardMark mark = askUi(loop, Appliance::OperationShow, {}, limit);
+    card = currentCard(root);
+    const auto isNewer = [&] { return card && card->results > mark.results; };
+    switch (loop.runUntil(isNewer, limit)) {
+        case EventLoop::Outcome::Done:
+            return *card;
+        case EventLoop::Outcome::TimedOut:
+            throw Failure(Exit::TimedOut, "no product list came in time");
+        case EventLoop::Outcome::Interrupted:
+            break;
+    }
+    throw Failure(Exit::Interrupted, "interrupted");
+}
+
+Exit result(const ResultArguments& arguments)
+{
+    const Session session = enterSession(arguments.root);
+    EventLoop loop;
+    const auto limit = std::chrono::duration<double>(arguments.timeout);
+    const Ui::CardContent card =
+        freshCard(loop, session.root, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
+    const std::string text =
+        arguments.json ? Ui::toJson(card).dump(2) + "\n" : allText(card, styleOf(STDOUT_FILENO));
+    std::fputs(text.c_str(), stdout);
+    return Exit::Ok;
+}
+
+}  // namespace
+
+void addResultCommand(CLI::App& app, Action& chosen)
+{
+    const auto arguments = std::make_shared<ResultArguments>();
+    CLI::App* command = app.add_subcommand("result", "Ask the service again for what it found last");
+    addRootOption(*command, arguments->root);
+    addTimeoutOption(*command, arguments->timeout);
+    command->add_flag("--json", arguments->json, "The card as JSON");
+    command->footer("\nExamples:\n  appliance result\n  appliance result --json\n");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return result(*arguments); }; });
+}
+
+}  // namespace Tool

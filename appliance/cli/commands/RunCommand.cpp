@@ -1,0 +1,127 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "Commands.h"
+#include "Rig.h"
+#include "SearchArguments.h"
+#include "SearchOutput.h"
+#include "StatusRecord.h"
+
+namespace Tool {
+
+namespace {
+
+// A folder of its own for one run, gone with the object.
+class RunFolder {
+  public:
+    explicit RunFolder(const std::filesystem::path& parent);
+    ~RunFolder();
+    RunFolder(const RunFolder&) = delete;
+    RunFolder& operator=(const RunFolder&) = delete;
+
+    Root root() const { return {path_}; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+// What a run that was killed has left behind.
+void removeAbandoned(const std::filesystem::path& parent)
+{
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(parent, ignored)) {
+        const Root root{entry.path()};
+        if (std::filesystem::exists(root.lockFile(), ignored) && !RootLock::isTaken(root)) {
+            std::filesystem::remove_all(root.path, ignored);
+        }
+    }
+}
+
+RunFolder::RunFolder(const std::filesystem::path& parent)
+{
+    std::filesystem::create_directories(parent);
+    removeAbandoned(parent);
+    std::string name = (parent / "XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        throw Failure(Exit::Failed, "cannot make a folder in " + parent.string());
+    }
+    path_ = name;
+}
+
+RunFolder::~RunFolder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+    std::filesystem::remove(path_.parent_path(), ignored);  // only where no other run has its folder there
+}
+
+void printStatus(const SearchResult& result, const Root& root, bool json)
+{
+    const auto record = readStatusRecord(root.dataStore());
+    const auto flag = readSearchFlag();
+    if (json) {
+        nlohmann::json all = searchJson(result);
+        all["status"] = statusJson(record, flag);
+        std::printf("%s\n", all.dump(2).c_str());
+        return;
+    }
+    std::printf("\n%s", statusText(record, flag, styleOf(STDOUT_FILENO)).c_str());
+}
+
+Exit searchIn(EventLoop& loop, Rig& rig, const Root& root, const SearchArguments& arguments)
+{
+    SearchOutput output(arguments.json);
+    output.progress().show("starting the appliance");
+    rig.start(
+        [&output](const std::string& name, const std::string&) { output.progress().show(name + " is up"); });
+    const SearchResult result = runSearch(loop, root, arguments.options("milk"), output);
+    if (!result.found() && !arguments.json) {
+        output.errors(result);
+    }
+    output.progress().clear();
+    printStatus(result, root, arguments.json);
+    return result.found() ? Exit::Ok : Exit::Failed;
+}
+
+Exit run(const SearchArguments& arguments)
+{
+    const RunFolder folder(buildFolder() / "run");
+    EventLoop loop;
+    Rig rig(loop, {folder.root(), {}});
+    const auto stop = [&rig] {
+        const std::vector<std::string> troubles = rig.stop();
+        for (const std::string& trouble : troubles) {
+            std::fprintf(stderr, "appliance: %s\n", trouble.c_str());
+        }
+        return troubles.empty();
+    };
+    Exit status = Exit::Ok;
+    try {
+        status = searchIn(loop, rig, folder.root(), arguments);
+    } catch (...) {
+        stop();
+        throw;
+    }
+    return stop() ? status : Exit::Failed;
+}
+
+}  // namespace
+
+void addRunCommand(CLI::App& app, Action& chosen)
+{
+    const auto arguments = std::make_shared<SearchArguments>();
+    CLI::App* command =
+        app.add_subcommand("run", "Start everything, search once, show it all, end everything");
+    addSearchArguments(*command, *arguments)->default_str("milk");
+    command->footer(
+        "\nExamples:\n"
+        "  appliance run\n"
+        "  appliance run --merchant greengrocer apple\n"
+        "  appliance run \"milk ~slow-images ~image-404=2\"\n");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return run(*arguments); }; });
+}
+
+}  // namespace Tool

@@ -1,0 +1,114 @@
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "Commands.h"
+#include "Extras.h"
+#include "Session.h"
+#include "Terminal.h"
+#include "UiClient.h"
+
+namespace Tool {
+
+namespace {
+
+struct SendArguments {
+    std::string root;
+    std::string appId;
+    std::string operation;
+    std::vector<std::string> texts;
+    std::vector<std::string> lists;
+    std::string uri;
+    bool waitReply = false;
+    double timeout = 30;
+};
+
+// A bus that the caller's environment names will do where no appliance runs in the root.
+void enterSessionOrBus(const std::string& rootOption)
+{
+    const std::optional<Session> session = findSession(chosenRoot(rootOption));
+    const bool hasBus = std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr;
+    if (session) {
+        session->enter();
+    } else if (!rootOption.empty() || !hasBus) {
+        enterSession(rootOption);
+    }
+}
+
+const char* resultName(app_control_result_e result)
+{
+    switch (result) {
+        case APP_CONTROL_RESULT_SUCCEEDED:
+            return "succeeded";
+        case APP_CONTROL_RESULT_FAILED:
+            return "failed";
+        case APP_CONTROL_RESULT_CANCELED:
+            return "canceled";
+        case APP_CONTROL_RESULT_APP_STARTED:
+            break;
+    }
+    return "app started";
+}
+
+void printAnswer(const Answer& answer)
+{
+    std::printf("%s\n", resultName(answer.result));
+    for (const auto& [key, text] : answer.extras.texts) {
+        std::printf("%s = %s\n", printable(key).c_str(), printable(text).c_str());
+    }
+    for (const auto& [key, list] : answer.extras.lists) {
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            std::printf("%s[%zu] = %s\n", printable(key).c_str(), i, printable(list[i]).c_str());
+        }
+    }
+}
+
+Exit send(const SendArguments& arguments)
+{
+    const Appliance::Request request = {arguments.appId, operationUri(arguments.operation), arguments.uri,
+                                        parseExtras(arguments.texts, arguments.lists)};
+    enterSessionOrBus(arguments.root);
+    EventLoop loop;
+    if (!arguments.waitReply) {
+        tell(request);
+        return Exit::Ok;
+    }
+    const auto limit = std::chrono::duration<double>(arguments.timeout);
+    const Answer answer = ask(loop, request, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
+    printAnswer(answer);
+    return answer.result == APP_CONTROL_RESULT_SUCCEEDED ? Exit::Ok : Exit::Failed;
+}
+
+}  // namespace
+
+void addSendCommand(CLI::App& app, Action& chosen)
+{
+    const auto arguments = std::make_shared<SendArguments>();
+    CLI::App* command = app.add_subcommand("send", "Send any app any operation with any extra data");
+    command->add_option("APP_ID", arguments->appId, "The app")->required();
+    command
+        ->add_option("OPERATION", arguments->operation,
+                     "A URI, or service:NAME, platform:NAME, assistant:NAME")
+        ->required();
+    command->add_option("--extra", arguments->texts, "A text")
+        ->type_name("KEY=VALUE")
+        ->expected(1)
+        ->take_all();
+    command->add_option("--list", arguments->lists, "A text list; \\, is a comma inside an element")
+        ->type_name("KEY=A,B,C")
+        ->expected(1)
+        ->take_all();
+    command->add_option("--uri", arguments->uri, "The request's URI");
+    command->add_flag("--wait-reply", arguments->waitReply, "Ask for a reply, wait for it and print it");
+    addTimeoutOption(*command, arguments->timeout);
+    addRootOption(*command, arguments->root);
+    command->footer(
+        "\nWhere no appliance runs in the root, the bus of DBUS_SESSION_BUS_ADDRESS is used.\n"
+        "\nExamples:\n"
+        "  appliance send org.tizen.carvoy-service service:result\n"
+        "  appliance send org.tizen.carvoy service:search --extra key_merchant=freshmart \\\n"
+        "      --extra key_search_term=milk --wait-reply\n");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return send(*arguments); }; });
+}
+
+}  // namespace Tool
