@@ -18,9 +18,11 @@ decltype(sqlite3_open_v2) __real_sqlite3_open_v2, __wrap_sqlite3_open_v2;
 decltype(sqlite3_busy_timeout) __real_sqlite3_busy_timeout, __wrap_sqlite3_busy_timeout;
 decltype(sqlite3_prepare_v2) __real_sqlite3_prepare_v2, __wrap_sqlite3_prepare_v2;
 decltype(sqlite3_step) __real_sqlite3_step, __wrap_sqlite3_step;
+decltype(sqlite3_column_count) __real_sqlite3_column_count, __wrap_sqlite3_column_count;
 decltype(sqlite3_finalize) __real_sqlite3_finalize, __wrap_sqlite3_finalize;
 decltype(sqlite3_close) __real_sqlite3_close, __wrap_sqlite3_close;
 decltype(json_parser_new) __real_json_parser_new, __wrap_json_parser_new;
+decltype(json_node_get_object) __real_json_node_get_object, __wrap_json_node_get_object;
 FILE* __real_fopen(const char*, const char*);
 FILE* __wrap_fopen(const char*, const char*);
 size_t __real_fwrite(const void*, size_t, size_t, FILE*);
@@ -73,6 +75,11 @@ int __wrap_sqlite3_step(sqlite3_stmt* statement)
     return observe("sqlite3_step", {}, [&] { return __real_sqlite3_step(statement); });
 }
 
+int __wrap_sqlite3_column_count(sqlite3_stmt* statement)
+{
+    return observe("sqlite3_column_count", {}, [&] { return __real_sqlite3_column_count(statement); });
+}
+
 int __wrap_sqlite3_finalize(sqlite3_stmt* statement)
 {
     return observe("sqlite3_finalize", {}, [&] { return __real_sqlite3_finalize(statement); });
@@ -86,6 +93,11 @@ int __wrap_sqlite3_close(sqlite3* database)
 JsonParser* __wrap_json_parser_new()
 {
     return CallNotes::mustFail("json_parser_new") ? nullptr : __real_json_parser_new();
+}
+
+JsonObject* __wrap_json_node_get_object(JsonNode* node)
+{
+    return CallNotes::mustFail("json_node_get_object") ? nullptr : __real_json_node_get_object(node);
 }
 
 FILE* __wrap_fopen(const char* path, const char* mode)
