@@ -72,6 +72,17 @@ AppPort::Handle readRequest(sdbus::MethodCall& call)
     return request;
 }
 
+// What cannot be read is the caller's mistake, whatever sd-bus calls it.
+template <typename Read>
+auto readArguments(Read read)
+{
+    try {
+        return read();
+    } catch (const sdbus::Error& error) {
+        throw sdbus::Error(InvalidArgs, error.getMessage());
+    }
+}
+
 }  // namespace
 
 AppPort::AppPort(sdbus::IConnection& connection, MainLoop& mainLoop)
@@ -148,7 +159,7 @@ void AppPort::onLaunch(sdbus::MethodCall call)
         throw sdbus::Error(NotSupported, "no app runs here");
     if (mainLoop_.waiting() >= Wire::MaxWaitingRequests)
         throw sdbus::Error(LimitsExceeded, "too many requests wait for this app");
-    Handle request = readRequest(call);
+    const Handle request = readArguments([&] { return readRequest(call); });
     acknowledge(call);
     mainLoop_.post([handler = handler_, request] { handler(request.get()); });
 }
@@ -164,7 +175,7 @@ void AppPort::onReply(sdbus::MethodCall call)
     if (!isFinalResult(result))
         throw sdbus::Error(InvalidArgs, "result must be 0, -1 or -2");
     auto reply = std::make_shared<app_control_s>();
-    reply->extraData = Wire::readExtraData(call);
+    reply->extraData = readArguments([&] { return Wire::readExtraData(call); });
     acknowledge(call);
     finish(pending->second, reply, static_cast<app_control_result_e>(result));
     pending_.erase(pending);

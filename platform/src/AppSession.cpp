@@ -38,6 +38,7 @@ AppSession::AppSession(std::function<void()> lost)
     port_ = std::make_unique<AppPort>(*connection_, MainLoop::instance());
     const SignalsBlocked blocked;
     thread_ = std::thread([this] { run(); });
+    pthread_setname_np(thread_.native_handle(), "app-bus");
 }
 
 AppSession::~AppSession()

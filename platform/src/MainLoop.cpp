@@ -1,6 +1,7 @@
 #include "MainLoop.h"
 
 #include <Ecore.h>
+#include <signal.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -20,6 +21,28 @@ Eina_Bool onSignal(void* self, int, void*)
     static_cast<MainLoop*>(self)->requestEnd(MainLoop::End::Asked);
     return ECORE_CALLBACK_PASS_ON;
 }
+
+// Keeps what the program does on signals as it is. Ecore's own handlers would reap its children and
+// swallow the signals that end it.
+class SignalsKept {
+  public:
+    SignalsKept()
+    {
+        for (int number = 1; number < Count; ++number)
+            sigaction(number, nullptr, &actions_[number]);
+    }
+    ~SignalsKept()
+    {
+        for (int number = 1; number < Count; ++number)
+            sigaction(number, &actions_[number], nullptr);
+    }
+    SignalsKept(const SignalsKept&) = delete;
+    SignalsKept& operator=(const SignalsKept&) = delete;
+
+  private:
+    static constexpr int Count = 32;
+    struct sigaction actions_[Count];
+};
 
 bool isFirstThread()
 {
@@ -53,6 +76,7 @@ void MainLoop::openForTool()
     const std::lock_guard lock(mutex_);
     if (open_ || app_ || !isFirstThread())
         return;
+    const SignalsKept kept;
     ecore_app_no_system_modules();
     if (ecore_init() > 0)
         open();

@@ -28,8 +28,9 @@ class MainLoop {
 
     /**
      * Makes the main loop of a process without service_app_main() run items, and keeps Ecore up for as
-     * long as the process lives. Does nothing where the loop is open already, and on any thread other
-     * than the process's first: Ecore takes the thread that initialises it for the main one.
+     * long as the process lives; what the process does on signals stays as it is. Does nothing where the
+     * loop is open already, and on any thread other than the process's first: Ecore takes the thread that
+     * initialises it for the main one.
      */
     void openForTool();
 

@@ -53,21 +53,6 @@ ExtraData::Value readValue(sdbus::Message& message, const std::string& key)
     return value;
 }
 
-ExtraData readEntries(sdbus::Message& message)
-{
-    ExtraData extraData;
-    message.enterContainer("{sv}");
-    while (message.enterDictEntry("sv")) {
-        std::string key;
-        message >> key;
-        extraData.set(key, readValue(message, key));
-        message.exitDictEntry();
-    }
-    message.clearFlags();
-    message.exitContainer();
-    return extraData;
-}
-
 }  // namespace
 
 void writeExtraData(sdbus::Message& message, const ExtraData& extraData)
@@ -84,12 +69,17 @@ void writeExtraData(sdbus::Message& message, const ExtraData& extraData)
 
 ExtraData readExtraData(sdbus::Message& message)
 {
-    try {
-        return readEntries(message);
-    } catch (const sdbus::Error& error) {
-        // A text that cannot be read (a noncharacter) has its errno's name until here.
-        throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", error.getMessage());
+    ExtraData extraData;
+    message.enterContainer("{sv}");
+    while (message.enterDictEntry("sv")) {
+        std::string key;
+        message >> key;
+        extraData.set(key, readValue(message, key));
+        message.exitDictEntry();
     }
+    message.clearFlags();
+    message.exitContainer();
+    return extraData;
 }
 
 bool isAppName(const std::string& name)

@@ -24,7 +24,7 @@ constexpr std::size_t MaxWaitingRequests = 4096;
 /** Appends an a{sv} of texts and text lists; null elements become empty texts. Throws sdbus::Error. */
 void writeExtraData(sdbus::Message& message, const ExtraData& extraData);
 
-/** Reads an a{sv}. Throws an sdbus::Error InvalidArgs where a value is neither s nor as. */
+/** Reads an a{sv}. Throws sdbus::Error where a value is neither s nor as, or a text cannot be read. */
 ExtraData readExtraData(sdbus::Message& message);
 
 /** Whether @p name can be owned by an app on the bus. */

@@ -94,14 +94,16 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const Variab
     close(err);
     if (pid_ < 0)
         throw std::runtime_error("fork failed");
+    handle_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
 }
 
 ChildProcess::~ChildProcess()
 {
-    if (wait(std::chrono::milliseconds(0)).inTime)
-        return;
-    signal(SIGKILL);
-    wait();
+    if (!wait(std::chrono::milliseconds(0)).inTime) {
+        signal(SIGKILL);
+        wait();
+    }
+    close(handle_);
 }
 
 void ChildProcess::signal(int number) const
@@ -115,11 +117,9 @@ ProcessEnd ChildProcess::wait(std::chrono::milliseconds limit)
     if (ended_)
         return end_;
     const Clock::time_point deadline = Clock::now() + limit;
-    const int handle = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
-    pollfd watch{handle, POLLIN, 0};
+    pollfd watch{handle_, POLLIN, 0};
     while (poll(&watch, 1, remaining(deadline)) < 0 && errno == EINTR) {
     }
-    close(handle);
     int status = 0;
     if (waitpid(pid_, &status, WNOHANG) != pid_)
         return {false, -1, 0};
@@ -133,9 +133,8 @@ bool ChildProcess::waitForOutput(const std::string& text, std::chrono::milliseco
     const Clock::time_point deadline = Clock::now() + limit;
     const int notifier = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
     inotify_add_watch(notifier, (folder_ + "/out").c_str(), IN_MODIFY);
-    const int handle = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
     bool found = output().find(text) != std::string::npos;
-    pollfd watches[] = {{notifier, POLLIN, 0}, {handle, POLLIN, 0}};
+    pollfd watches[] = {{notifier, POLLIN, 0}, {handle_, POLLIN, 0}};
     while (!found && poll(watches, 2, remaining(deadline)) > 0) {
         char events[4096];
         const bool written = read(notifier, events, sizeof events) > 0;
@@ -144,7 +143,6 @@ bool ChildProcess::waitForOutput(const std::string& text, std::chrono::milliseco
             break;
     }
     close(notifier);
-    close(handle);
     return found;
 }
 

@@ -49,6 +49,7 @@ class ChildProcess {
   private:
     std::string folder_;
     pid_t pid_ = -1;
+    int handle_ = -1;
     bool ended_ = false;
     ProcessEnd end_{};
 };

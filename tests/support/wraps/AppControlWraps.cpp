@@ -1,4 +1,5 @@
-// App control. Arguments noted: texts and keys with their values; handles and out-pointers are left out.
+// App control. Arguments noted: texts, and keys with their values; of a list that is asked for, what its two
+// out-parameters hold at first. Handles are left out.
 #include <app_control.h>
 
 #include <cstdlib>
@@ -167,7 +168,8 @@ int __wrap_app_control_get_extra_data(app_control_h handle, const char* key, cha
 int __wrap_app_control_get_extra_data_array(app_control_h handle, const char* key, char*** values,
                                             int* length)
 {
-    const int result = observe("app_control_get_extra_data_array", {text(key)}, [&] {
+    const CallNotes::Texts arguments = {text(key), *values ? "given" : "null", std::to_string(*length)};
+    const int result = observe("app_control_get_extra_data_array", arguments, [&] {
         return __real_app_control_get_extra_data_array(handle, key, values, length);
     });
     const std::optional<int> newLength = CallNotes::listLength();

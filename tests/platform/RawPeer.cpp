@@ -1,0 +1,103 @@
+#include "RawPeer.h"
+
+#include "Patience.h"
+
+namespace TestSupport {
+
+namespace {
+
+const char* const Path = "/org/tizen/AppControl";
+const char* const Interface = "org.tizen.AppControl1";
+
+template <typename... Arguments>
+std::string call(sdbus::IConnection& connection, const std::string& to, const char* method,
+                 const Arguments&... arguments)
+{
+    try {
+        auto proxy = sdbus::createProxy(connection, to, Path);
+        proxy->callMethod(method).onInterface(Interface).withArguments(arguments...);
+        return "";
+    } catch (const sdbus::Error& error) {
+        return error.getName();
+    }
+}
+
+}  // namespace
+
+RawPeer::RawPeer(const std::string& name, LaunchHook hook)
+    : hook_(std::move(hook)), connection_(sdbus::createSessionBusConnection())
+{
+    exportObject();
+    if (!name.empty())
+        connection_->requestName(name);
+    connection_->enterEventLoopAsync();
+}
+
+RawPeer::~RawPeer()
+{
+    connection_->leaveEventLoop();
+}
+
+std::string RawPeer::launch(const std::string& app, const std::string& operation, std::uint32_t id,
+                            const Extras& extras, const std::string& caller)
+{
+    return call(*connection_, app, "Launch", caller, id, operation, std::string(), extras);
+}
+
+std::string RawPeer::reply(const std::string& connection, std::uint32_t id, std::int32_t result,
+                           const Extras& extras)
+{
+    return call(*connection_, connection, "Reply", id, result, extras);
+}
+
+std::optional<RawMessage> RawPeer::nextLaunch()
+{
+    return next(launches_);
+}
+
+std::optional<RawMessage> RawPeer::nextReply()
+{
+    return next(replies_);
+}
+
+void RawPeer::exportObject()
+{
+    object_ = sdbus::createObject(*connection_, Path);
+    object_->registerMethod(Interface, "Launch", "sussa{sv}", "", [this](sdbus::MethodCall message) {
+        RawMessage launch;
+        launch.sender = message.getSender();
+        message >> launch.caller >> launch.id >> launch.operation >> launch.uri >> launch.extras;
+        if (hook_)
+            hook_(launch);
+        message.createReply().send();
+        arrived(launches_, std::move(launch));
+    });
+    object_->registerMethod(Interface, "Reply", "uia{sv}", "", [this](sdbus::MethodCall message) {
+        RawMessage reply;
+        reply.sender = message.getSender();
+        message >> reply.id >> reply.result >> reply.extras;
+        if (!message.doesntExpectReply())
+            message.createReply().send();
+        arrived(replies_, std::move(reply));
+    });
+    object_->finishRegistration();
+}
+
+void RawPeer::arrived(Queue& queue, RawMessage message)
+{
+    const std::lock_guard lock(mutex_);
+    queue.push_back(std::move(message));
+    changed_.notify_all();
+}
+
+std::optional<RawMessage> RawPeer::next(Queue& queue)
+{
+    std::unique_lock lock(mutex_);
+    if (!changed_.wait_for(lock, Patience, [&] { return !queue.empty(); }))
+        return {};
+    RawMessage message = std::move(queue.front());
+    queue.pop_front();
+    return message;
+}
+
+}  // namespace TestSupport

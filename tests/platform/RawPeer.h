@@ -1,0 +1,68 @@
+// A program on the bus that is no app of this platform: it makes and takes the bare messages.
+#pragma once
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace TestSupport {
+
+using Extras = std::map<std::string, sdbus::Variant>;
+
+/** A Launch or Reply as it came over the bus. */
+struct RawMessage {
+    std::string sender;
+    std::string caller;  // of a Launch
+    std::uint32_t id = 0;
+    std::string operation;    // of a Launch
+    std::string uri;          // of a Launch
+    std::int32_t result = 0;  // of a Reply
+    Extras extras;
+};
+
+/** One connection of its own, without or with a name. Ends before the bus does. One thread. */
+class RawPeer {
+  public:
+    /** Called on the peer's own thread before a Launch is answered; may throw an sdbus::Error to refuse. */
+    using LaunchHook = std::function<void(const RawMessage&)>;
+
+    explicit RawPeer(const std::string& name = "", LaunchHook hook = {});
+    ~RawPeer();
+
+    std::string uniqueName() const { return connection_->getUniqueName(); }
+
+    /** Each makes the call and gives the name of the error that it was answered with; empty for none. */
+    std::string launch(const std::string& app, const std::string& operation, std::uint32_t id = 0,
+                       const Extras& extras = {}, const std::string& caller = "org.example.raw");
+    std::string reply(const std::string& connection, std::uint32_t id, std::int32_t result = 0,
+                      const Extras& extras = {});
+
+    /** The next message that arrived; nothing when none comes in time. */
+    std::optional<RawMessage> nextLaunch();
+    std::optional<RawMessage> nextReply();
+
+  private:
+    using Queue = std::deque<RawMessage>;
+
+    void exportObject();
+    void arrived(Queue& queue, RawMessage message);
+    std::optional<RawMessage> next(Queue& queue);
+
+    LaunchHook hook_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Queue launches_;
+    Queue replies_;
+    std::unique_ptr<sdbus::IConnection> connection_;
+    std::unique_ptr<sdbus::IObject> object_;
+};
+
+}  // namespace TestSupport
