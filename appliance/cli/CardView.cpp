@@ -16,7 +16,8 @@ std::string titleText(const Ui::CardContent& card, const Style& style)
     if (card.state == Ui::CardState::Empty) {
         return style.bold("Nothing searched yet");
     }
-    const std::string what = style.bold(printable(card.term)) + " at " + style.bold(printable(card.merchant));
+    const std::string what =
+        style.bold("“" + printable(card.term) + "”") + " at " + style.bold(printable(card.merchant));
     const bool searching = card.state == Ui::CardState::Searching;
     return what + style.dim(": " + (searching ? "searching" : countText(card.products.size())));
 }

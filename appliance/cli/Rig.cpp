@@ -75,7 +75,7 @@ RootLock lockOf(const Root& root)
     return std::move(*lock);
 }
 
-std::string lastWords(const ChildProcess& child)
+std::string lastWords(const RunningProgram& child)
 {
     const std::size_t linesShown = 8;
     const std::string words = lastLines(child.program().output, linesShown);
@@ -125,8 +125,8 @@ void Rig::startBus()
 {
     const std::filesystem::path configuration = options_.root.path / "bus.conf";
     writeText(configuration, busConfiguration(freshBusAddress()), 0600);
-    ChildProcess& bus = spawn("bus", {"dbus-daemon", "--config-file=" + configuration.string(), "--nofork",
-                                      "--nopidfile", "--nosyslog", "--print-address=1"});
+    RunningProgram& bus = spawn("bus", {"dbus-daemon", "--config-file=" + configuration.string(), "--nofork",
+                                        "--nopidfile", "--nosyslog", "--print-address=1"});
     std::string address;
     awaitLine(bus, [&address](const std::string& line) {
         const bool isAddress = line.rfind("unix:", 0) == 0;
@@ -141,7 +141,7 @@ void Rig::startBus()
 void Rig::startBridge()
 {
     const Root& root = options_.root;
-    ChildProcess& bridge =
+    RunningProgram& bridge =
         spawn("merchant-bridge", {program("merchant-bridge"), "--host", CARVOY_MERCHANT_BRIDGE_HOST,
                                   "--ca-file", caFile(root).string(), "--tokens-file",
                                   tokensFile(root).string(), "--log", bridgeLog().string()});
@@ -160,19 +160,19 @@ void Rig::startApp(const std::string& name, const std::string& appId,
 {
     std::vector<std::string> command = {program(name)};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const ChildProcess& child = spawn(name, command);
+    const RunningProgram& child = spawn(name, command);
     await(child, [this, &appId] { return names_->isOwned(appId); });
     onReady_(name, appId + ", process " + std::to_string(child.pid()));
 }
 
-ChildProcess& Rig::spawn(const std::string& name, std::vector<std::string> command)
+RunningProgram& Rig::spawn(const std::string& name, std::vector<std::string> command)
 {
     const std::filesystem::path output = outputOf(name);
     std::filesystem::remove(output);
     const Program started = {name, std::move(command), session_.environment, output};
     try {
         children_.push_back(
-            std::make_unique<ChildProcess>(started, [this](ChildProcess& child) { onEnd(child); }));
+            std::make_unique<RunningProgram>(started, [this](RunningProgram& child) { onEnd(child); }));
     } catch (const std::system_error& error) {
         throw Failure(Exit::Failed, error.what());
     }
@@ -185,7 +185,7 @@ std::filesystem::path Rig::outputOf(const std::string& name) const
     return options_.root.logFolder() / (name + ".out");
 }
 
-void Rig::await(const ChildProcess& child, const std::function<bool()>& ready)
+void Rig::await(const RunningProgram& child, const std::function<bool()>& ready)
 {
     switch (loop_.runUntil(ready, StartLimit)) {
         case EventLoop::Outcome::Done:
@@ -197,7 +197,7 @@ void Rig::await(const ChildProcess& child, const std::function<bool()>& ready)
     }
 }
 
-void Rig::awaitLine(const ChildProcess& child, const LineTest& isWanted)
+void Rig::awaitLine(const RunningProgram& child, const LineTest& isWanted)
 {
     bool found = false;
     LogFollower follower(child.program().output, 0,
@@ -206,7 +206,7 @@ void Rig::awaitLine(const ChildProcess& child, const LineTest& isWanted)
     await(child, [&found] { return found; });
 }
 
-void Rig::onEnd(ChildProcess& child)
+void Rig::onEnd(RunningProgram& child)
 {
     if (!stopping_) {
         throw Failure(Exit::Failed, child.program().name + " ended unexpectedly: " + child.endText() + "; " +
@@ -218,8 +218,8 @@ std::vector<std::string> Rig::stop()
 {
     stopping_ = true;
     loop_.forgetInterrupt();
-    std::vector<ChildProcess*> onTheBus;
-    std::vector<ChildProcess*> theBus;
+    std::vector<RunningProgram*> onTheBus;
+    std::vector<RunningProgram*> theBus;
     for (const auto& child : children_) {
         (child->program().name == "bus" ? theBus : onTheBus).push_back(child.get());
     }
@@ -232,15 +232,15 @@ std::vector<std::string> Rig::stop()
 }
 
 // A second Ctrl-C while this waits kills what is left.
-void Rig::endAll(const std::vector<ChildProcess*>& children, std::vector<std::string>& troubles)
+void Rig::endAll(const std::vector<RunningProgram*>& children, std::vector<std::string>& troubles)
 {
-    const auto isRunning = [](const ChildProcess* child) { return child->running(); };
-    for (const ChildProcess* child : children) {
+    const auto isRunning = [](const RunningProgram* child) { return child->running(); };
+    for (const RunningProgram* child : children) {
         child->signal(SIGTERM);
     }
     const auto allEnded = [&] { return std::none_of(children.begin(), children.end(), isRunning); };
     loop_.runUntil(allEnded, StopLimit);
-    for (const ChildProcess* child : children) {
+    for (const RunningProgram* child : children) {
         if (child->running()) {
             troubles.push_back(child->program().name + " had to be killed");
         } else if (!child->endedWell()) {

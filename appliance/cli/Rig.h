@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "BusNames.h"
-#include "ChildProcess.h"
 #include "EventLoop.h"
 #include "Root.h"
+#include "RunningProgram.h"
 #include "Session.h"
 
 namespace Tool {
@@ -49,12 +49,12 @@ class Rig {
     void startBridge();
     void startApp(const std::string& program, const std::string& appId,
                   const std::vector<std::string>& arguments);
-    ChildProcess& spawn(const std::string& name, std::vector<std::string> command);
+    RunningProgram& spawn(const std::string& name, std::vector<std::string> command);
     std::filesystem::path outputOf(const std::string& name) const;
-    void await(const ChildProcess& child, const std::function<bool()>& ready);
-    void awaitLine(const ChildProcess& child, const LineTest& isWanted);
-    void onEnd(ChildProcess& child);
-    void endAll(const std::vector<ChildProcess*>& children, std::vector<std::string>& troubles);
+    void await(const RunningProgram& child, const std::function<bool()>& ready);
+    void awaitLine(const RunningProgram& child, const LineTest& isWanted);
+    void onEnd(RunningProgram& child);
+    void endAll(const std::vector<RunningProgram*>& children, std::vector<std::string>& troubles);
 
     EventLoop& loop_;
     RigOptions options_;
@@ -63,7 +63,7 @@ class Rig {
     Session session_;
     ReadyHandler onReady_;
     bool stopping_ = false;
-    std::vector<std::unique_ptr<ChildProcess>> children_;  // in the order of their start
+    std::vector<std::unique_ptr<RunningProgram>> children_;  // in the order of their start
 };
 
 }  // namespace Tool

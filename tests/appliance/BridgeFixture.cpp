@@ -2,6 +2,7 @@
 
 #include "ScratchRoot.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -30,6 +31,7 @@ std::string BridgeFixture::searchTarget(const std::string& term, const std::stri
 
 void BridgeFixture::SetUp()
 {
+    std::filesystem::remove(settings().logFile);
     server = std::make_unique<Appliance::MerchantBridge::Server>(settings());
 }
 

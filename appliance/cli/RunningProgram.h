@@ -23,14 +23,14 @@ struct Program {
 
 // Started by the constructor, in a process group of its own (Ctrl-C in the terminal is not for it), with
 // nothing on standard input. The kernel kills it when this process dies in whatever way. Main thread only.
-class ChildProcess {
+class RunningProgram {
   public:
     // `onEnd` is called once, from the loop. Throws std::system_error when there is no such program.
-    ChildProcess(Program program, std::function<void(ChildProcess&)> onEnd);
+    RunningProgram(Program program, std::function<void(RunningProgram&)> onEnd);
     // Kills and reaps what still runs.
-    ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~RunningProgram();
+    RunningProgram(const RunningProgram&) = delete;
+    RunningProgram& operator=(const RunningProgram&) = delete;
 
     const Program& program() const { return program_; }
     pid_t pid() const { return pid_; }
@@ -45,7 +45,7 @@ class ChildProcess {
     void reap();
 
     Program program_;
-    std::function<void(ChildProcess&)> onEnd_;
+    std::function<void(RunningProgram&)> onEnd_;
     pid_t pid_ = -1;
     int pidFd_ = -1;
     std::optional<int> status_;  // as of waitpid()

@@ -1,4 +1,4 @@
-#include "ChildProcess.h"
+#include "RunningProgram.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -126,14 +126,14 @@ pid_t start(const Program& program)
 
 }  // namespace
 
-ChildProcess::ChildProcess(Program program, std::function<void(ChildProcess&)> onEnd)
+RunningProgram::RunningProgram(Program program, std::function<void(RunningProgram&)> onEnd)
     : program_(std::move(program)), onEnd_(std::move(onEnd)), pid_(start(program_))
 {
     pidFd_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
     watch_.emplace(pidFd_, [this] { reap(); });
 }
 
-ChildProcess::~ChildProcess()
+RunningProgram::~RunningProgram()
 {
     watch_.reset();
     if (running()) {
@@ -143,7 +143,7 @@ ChildProcess::~ChildProcess()
     close(pidFd_);
 }
 
-void ChildProcess::reap()
+void RunningProgram::reap()
 {
     int status = 0;
     if (running() && waitpid(pid_, &status, WNOHANG) == pid_) {
@@ -153,12 +153,12 @@ void ChildProcess::reap()
     }
 }
 
-bool ChildProcess::endedWell() const
+bool RunningProgram::endedWell() const
 {
     return status_ && WIFEXITED(*status_) && WEXITSTATUS(*status_) == 0;
 }
 
-std::string ChildProcess::endText() const
+std::string RunningProgram::endText() const
 {
     if (!status_) {
         return "still running";
@@ -170,7 +170,7 @@ std::string ChildProcess::endText() const
     return "exit status " + std::to_string(WEXITSTATUS(*status_));
 }
 
-void ChildProcess::signal(int number) const
+void RunningProgram::signal(int number) const
 {
     if (running()) {
         kill(pid_, number);

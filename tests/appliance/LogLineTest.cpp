@@ -1,0 +1,60 @@
+#include "LogLine.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const std::string GivenUp =
+    "E/carvoy-service( 4711): \x1B[31m[4712] SearchControl.cpp: operator()(407) > Failed to startDownload "
+    "for "
+    "index 3\x1B[0m";
+
+TEST(ALogLine, IsReadPartByPart)
+{
+    const auto line = Tool::parseLogLine(GivenUp);
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->priority, 'E');
+    EXPECT_EQ(line->tag, "carvoy-service");
+    EXPECT_EQ(line->pid, 4711);
+    EXPECT_EQ(line->text, "[4712] SearchControl.cpp: operator()(407) > Failed to startDownload for index 3");
+    EXPECT_EQ(Tool::messageOf(*line), "Failed to startDownload for index 3");
+    EXPECT_TRUE(Tool::isServiceError(*line));
+}
+
+TEST(ALogLine, MayHaveAShortTagAndNoText)
+{
+    const auto line = Tool::parseLogLine("I/ui      (    7): ");
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->tag, "ui");
+    EXPECT_EQ(line->pid, 7);
+    EXPECT_EQ(line->text, "");
+}
+
+TEST(ALogLine, OfAnotherFormIsNone)
+{
+    for (const char* text :
+         {"", "hello", "E carvoy-service( 1): x", "X/tag( 1): x", "E/tag( x): x", "E/tag(1)"}) {
+        EXPECT_FALSE(Tool::parseLogLine(text)) << text;
+    }
+}
+
+TEST(AGivenUpPicture, IsKnownByItsLine)
+{
+    EXPECT_EQ(Tool::pictureGivenUp(*Tool::parseLogLine(GivenUp)), 3U);
+}
+
+TEST(AGivenUpPicture, IsNeitherAnotherErrorNorAnotherProgramsLine)
+{
+    const std::string message = "[1] a.cpp: f(2) > Failed to startDownload for index ";
+    for (const std::string& text :
+         {"E/carvoy-ui( 1): " + message + "3", "D/carvoy-service( 1): " + message + "3",
+          "E/carvoy-service( 1): " + message, "E/carvoy-service( 1): " + message + "x",
+          "E/carvoy-service( 1): " + message + "3 or so",
+          std::string("E/carvoy-service( 1): [1] a.cpp: f(2) > curl perform failed: 0")}) {
+        const auto line = Tool::parseLogLine(text);
+        ASSERT_TRUE(line) << text;
+        EXPECT_FALSE(Tool::pictureGivenUp(*line)) << text;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,312 @@
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "ChildProcess.h"
+#include "PrivateBus.h"
+#include "ScratchRoot.h"
+
+namespace {
+
+using TestSupport::ChildProcess;
+using Words = std::vector<std::string>;
+
+struct Ended {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+Ended tool(const Words& arguments, const ChildProcess::Variables& variables = {})
+{
+    Words command = {APPLIANCE_TOOL};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    ChildProcess process(command, variables);
+    const TestSupport::ProcessEnd end = process.wait();
+    EXPECT_TRUE(end.inTime);
+    return {end.status, process.output(), process.errors()};
+}
+
+std::size_t count(const std::string& text, const std::string& part)
+{
+    std::size_t times = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) {
+        ++times;
+    }
+    return times;
+}
+
+bool has(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+// Whether the process is gone (or nobody's child any more, waiting to be collected).
+bool endsInTime(pid_t pid)
+{
+    const int handle = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    if (handle < 0) {
+        return true;
+    }
+    pollfd watch{handle, POLLIN, 0};
+    const std::chrono::milliseconds limit = TestSupport::Patience;
+    const bool ended = poll(&watch, 1, static_cast<int>(limit.count())) == 1;
+    close(handle);
+    return ended;
+}
+
+// A running appliance in a root of the test's own.
+class ARunningAppliance : public testing::Test {
+  protected:
+    void up(const Words& options = {})
+    {
+        root_ = TestSupport::ScratchRoot::file("up");
+        Words command = {APPLIANCE_TOOL, "up", "--root", root_};
+        command.insert(command.end(), options.begin(), options.end());
+        up_ = std::make_unique<ChildProcess>(command);
+        ASSERT_TRUE(up_->waitForOutput("The appliance is up")) << up_->errors();
+    }
+
+    Ended on(Words arguments)
+    {
+        arguments.insert(arguments.begin() + 1, {"--root", root_});
+        return tool(arguments);
+    }
+
+    std::map<std::string, pid_t> processes() const
+    {
+        std::ifstream in(root_ + "/session.json");
+        return nlohmann::json::parse(in)["processes"];
+    }
+
+    void down()
+    {
+        up_->signal(SIGTERM);
+        const TestSupport::ProcessEnd end = up_->wait();
+        EXPECT_EQ(end.status, 0) << up_->errors();
+    }
+
+    std::string root_;
+    std::unique_ptr<ChildProcess> up_;
+};
+
+TEST(ARun, ShowsASearchAndLeavesNothingBehind)
+{
+    const Ended run = tool({"run"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_TRUE(has(run.output, "“milk” at freshmart: 6 products")) << run.output;
+    EXPECT_EQ(count(run.output, "✓ picture"), 6U) << run.output;
+    EXPECT_TRUE(has(run.output, "db/nuvex/e-commerce/response = 1"));
+    EXPECT_FALSE(has(run.output, "\x1B"));
+    const std::size_t start = run.output.find('/', run.output.find("✓ picture 1"));
+    const std::string picture = run.output.substr(start, run.output.find('\n', start) - start);
+    ASSERT_TRUE(has(picture, "/media/tmp/")) << picture;
+    EXPECT_FALSE(std::filesystem::exists(picture.substr(0, picture.find("/media/tmp/"))));
+}
+
+TEST(ARun, SearchesWhereAndForWhatItIsTold)
+{
+    const Ended run = tool({"run", "--no-pictures", "--merchant", "greengrocer", "gala", "apples"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_TRUE(has(run.output, "“gala apples” at greengrocer")) << run.output;
+    EXPECT_TRUE(has(run.output, "Gala Apples"));
+}
+
+TEST(ARun, IsOneObjectInJson)
+{
+    const Ended run = tool({"run", "--json"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "");
+    const nlohmann::json json = nlohmann::json::parse(run.output, nullptr, false);
+    ASSERT_TRUE(json.is_object()) << run.output;
+    EXPECT_EQ(json["card"]["total"], 6);
+    EXPECT_EQ(json["status"]["Commerce"]["totalCount"], 6);
+    EXPECT_EQ(json["status"]["db/nuvex/e-commerce/response"], 1);
+}
+
+TEST(ARun, OfARefusedSearchFailsAndSaysWhy)
+{
+    const Ended run = tool({"run", "milk ~status=503"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(has(run.output, "0 products"));
+    EXPECT_TRUE(has(run.output, "✗ curl perform failed: 503")) << run.output;
+    EXPECT_TRUE(has(run.output, "Status record"));
+}
+
+TEST(ARun, TellsOfAPictureThatCannotBeHad)
+{
+    const Ended run = tool({"run", "milk ~image-404=2"});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(count(run.output, "✓ picture"), 5U);
+    EXPECT_TRUE(has(run.output, "✗ picture 2  Failed to startDownload for index 1")) << run.output;
+}
+
+TEST(ARun, ThatTakesTooLongEnds)
+{
+    const Ended run = tool({"run", "--timeout", "1", "milk ~image-stall"});
+    EXPECT_EQ(run.status, 4);
+    EXPECT_TRUE(has(run.errors, "came in time")) << run.errors;
+}
+
+TEST_F(ARunningAppliance, AnswersSearchesOfThisAndThat)
+{
+    up();
+    const Ended search = on({"search", "milk"});
+    EXPECT_EQ(search.status, 0) << search.errors;
+    EXPECT_EQ(count(search.output, "✓ picture"), 6U) << search.output;
+    const Ended result = on({"result", "--json"});
+    EXPECT_EQ(result.status, 0);
+    const nlohmann::json card = nlohmann::json::parse(result.output);
+    EXPECT_EQ(card["results"], 2);
+    EXPECT_NE(card["products"][0]["picture"], "");
+    EXPECT_TRUE(has(on({"status"}).output, "response = 1"));
+    EXPECT_EQ(on({"search", "nothing-of-this-name"}).status, 1);
+    down();
+}
+
+TEST_F(ARunningAppliance, RefusesASecondInTheSameRoot)
+{
+    up();
+    const Ended second = on({"up"});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_TRUE(has(second.errors, "already runs")) << second.errors;
+    EXPECT_EQ(on({"status"}).status, 0);
+    down();
+}
+
+TEST_F(ARunningAppliance, DiesWholeWhenItIsKilled)
+{
+    up();
+    const auto all = processes();
+    EXPECT_EQ(all.size(), 4U);
+    up_->signal(SIGKILL);
+    up_->wait();
+    for (const auto& [name, pid] : all) {
+        EXPECT_TRUE(endsInTime(pid)) << name;
+    }
+    EXPECT_EQ(on({"status"}).status, 3);
+}
+
+TEST_F(ARunningAppliance, EndsWhenOneOfItsProgramsDoes)
+{
+    up();
+    const auto all = processes();
+    kill(all.at("carvoy-service"), SIGKILL);
+    EXPECT_EQ(up_->wait().status, 1);
+    EXPECT_TRUE(has(up_->errors(), "carvoy-service ended unexpectedly: killed by signal 9")) << up_->errors();
+    for (const auto& [name, pid] : all) {
+        EXPECT_TRUE(endsInTime(pid)) << name;
+    }
+}
+
+TEST_F(ARunningAppliance, SendsAnythingToAnyApp)
+{
+    up();
+    EXPECT_EQ(on({"send", "org.tizen.carvoy-service", "service:result"}).status, 0);
+    const Ended answered = on({"send", "--wait-reply", "--extra", "key_merchant=freshmart", "--extra",
+                               "key_search_term=milk", "org.tizen.carvoy", "service:search"});
+    EXPECT_EQ(answered.status, 0) << answered.errors;
+    EXPECT_TRUE(has(answered.output, "succeeded\n")) << answered.output;
+    EXPECT_TRUE(has(answered.output, "key_card_sequence = 1\n")) << answered.output;
+    EXPECT_EQ(on({"send", "org.example.nobody", "service:result"}).status, 3);
+    EXPECT_EQ(on({"send", "org.tizen.carvoy", "no-operation"}).status, 2);
+    EXPECT_EQ(on({"send", "org.tizen.carvoy", "service:show", "--extra", "novalue"}).status, 2);
+    const Ended silent =
+        on({"send", "--wait-reply", "--timeout", "0.3", "org.tizen.carvoy-service", "service:result"});
+    EXPECT_EQ(silent.status, 4);
+    down();
+}
+
+TEST_F(ARunningAppliance, ShowsItsLogWithoutColoursToAFile)
+{
+    up();
+    const Ended log = on({"log", "-n", "1000"});
+    EXPECT_EQ(log.status, 0);
+    EXPECT_TRUE(has(log.output, "Carvoy Version")) << log.output;
+    EXPECT_FALSE(has(log.output, "\x1B"));
+    const Ended one = on({"log", "-n", "1"});
+    EXPECT_EQ(count(one.output, "\n"), 1U) << one.output;
+    down();
+}
+
+TEST_F(ARunningAppliance, TakesAShellIn)
+{
+    up();
+    const std::string script = "eval \"$(" + std::string(APPLIANCE_TOOL) + " env --root " + root_ +
+                               ")\" && test \"$APPLIANCE_ROOT\" = " + root_ + " && " + APPLIANCE_TOOL +
+                               " status";
+    ChildProcess shell({"sh", "-c", script});
+    EXPECT_EQ(shell.wait().status, 0) << shell.errors();
+    down();
+}
+
+TEST_F(ARunningAppliance, EndsWithItsInputWhereThatIsAskedFor)
+{
+    const std::string root = TestSupport::ScratchRoot::file("stdin");
+    ChildProcess shell(
+        {"sh", "-c", "echo | " + std::string(APPLIANCE_TOOL) + " up --until-stdin-closes --root " + root});
+    EXPECT_EQ(shell.wait().status, 0) << shell.errors();
+    EXPECT_TRUE(has(shell.output(), "The appliance is up"));
+    EXPECT_FALSE(std::filesystem::exists(root + "/session.json"));
+}
+
+TEST_F(ARunningAppliance, EndsWellWithPicturesUnderWay)
+{
+    up();
+    EXPECT_EQ(on({"search", "--no-pictures", "milk ~slow-images=3s"}).status, 0);
+    down();
+    EXPECT_FALSE(std::filesystem::exists(root_ + "/media/tmp"));
+}
+
+TEST(TheTool, NeedsABusOrARunningAppliance)
+{
+    const ChildProcess::Variables noBus = {{"DBUS_SESSION_BUS_ADDRESS", "unix:abstract=nobody-listens-here"}};
+    const Ended send = tool({"send", "org.tizen.carvoy", "service:show"}, noBus);
+    EXPECT_EQ(send.status, 3) << send.errors;
+    EXPECT_EQ(tool({"search", "milk"}).status, 3);
+    EXPECT_EQ(tool({"status"}).status, 3);
+}
+
+TEST(TheTool, SendsOnTheBusOfItsEnvironment)
+{
+    const TestSupport::PrivateBus bus;
+    const Ended send = tool({"send", "org.example.nobody", "service:show"});
+    EXPECT_EQ(send.status, 3);
+    EXPECT_TRUE(has(send.errors, "no such app")) << send.errors;
+}
+
+TEST(TheTool, SaysHowItIsUsed)
+{
+    const Ended help = tool({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(has(help.output, "Exit status:"));
+    for (const char* command :
+         {"up", "run", "search", "result", "status", "log", "send", "env", "completion"}) {
+        EXPECT_TRUE(has(help.output, std::string("\n  ") + command + " ")) << command;
+        const Ended own = tool({command, "--help"});
+        EXPECT_EQ(own.status, 0);
+        EXPECT_TRUE(has(own.output, "Examples:")) << command;
+    }
+    EXPECT_EQ(tool({}).status, 2);
+    EXPECT_EQ(tool({"fly"}).status, 2);
+    EXPECT_EQ(tool({"up", "--confirm", "perhaps"}).status, 2);
+}
+
+TEST(TheTool, RefusesARootThatTheServiceCannotLiveIn)
+{
+    const Ended blank = tool({"up", "--root", TestSupport::ScratchRoot::file("a b")});
+    EXPECT_EQ(blank.status, 2);
+    EXPECT_TRUE(has(blank.errors, "has a character other than")) << blank.errors;
+    const Ended deep = tool({"up", "--root", TestSupport::ScratchRoot::file(std::string(100, 'x'))});
+    EXPECT_EQ(deep.status, 2);
+    EXPECT_TRUE(has(deep.errors, "characters long")) << deep.errors;
+    EXPECT_FALSE(std::filesystem::exists(TestSupport::ScratchRoot::file("a b")));
+}
+
+}  // namespace
