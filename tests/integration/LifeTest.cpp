@@ -173,7 +173,6 @@ TEST_F(TheServiceProcess, WipesThePicturesOfARunThatWasKilledAtItsFirstRequest)
     service->signal(SIGKILL);
     service->wait();
     ASSERT_FALSE(pictureFiles().empty());
-    ASSERT_TRUE(TestSupport::waitForName(ServiceId, false));
 
     startService();
     resultMessage();

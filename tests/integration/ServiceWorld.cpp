@@ -104,6 +104,8 @@ void ServiceWorld::TearDown()
 
 void ServiceWorld::startService()
 {
+    // The run before may have ended without the bus having noticed.
+    ASSERT_TRUE(TestSupport::waitForName(ServiceId, false));
     service = runService();
     ASSERT_TRUE(TestSupport::waitForName(ServiceId)) << service->errors();
 }

@@ -1,6 +1,7 @@
 #include "UiPeer.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace ServiceTest {
 
@@ -35,12 +36,12 @@ UiPeer::UiPeer() : peer_("org.tizen.carvoy") {}
 
 RawMessage UiPeer::nextResult()
 {
-    return next("result");
+    return nextOf("result");
 }
 
 RawMessage UiPeer::nextPictureMessage()
 {
-    return next("product_image");
+    return nextOf("product_image");
 }
 
 Picture UiPeer::nextPicture()
@@ -59,16 +60,22 @@ std::string UiPeer::refuse(const RawMessage& message)
     return peer_.reply(message.sender, message.id, Failed);
 }
 
-RawMessage UiPeer::next(const std::string& operation)
+RawMessage UiPeer::next()
 {
-    const auto message = peer_.nextLaunch();
+    auto message = peer_.nextLaunch();
     if (!message)
-        throw std::runtime_error("no message came to the UI app, where " + operation + " was expected");
-    if (message->operation != serviceOperation(operation))
-        throw std::runtime_error("the UI app got " + message->operation + " of picture \"" +
-                                 textOf(*message, "key_product_image_num") + "\", where " + operation +
+        throw std::runtime_error("no message came to the UI app");
+    return std::move(*message);
+}
+
+RawMessage UiPeer::nextOf(const std::string& operation)
+{
+    RawMessage message = next();
+    if (message.operation != serviceOperation(operation))
+        throw std::runtime_error("the UI app got " + message.operation + " of picture \"" +
+                                 textOf(message, "key_product_image_num") + "\", where " + operation +
                                  " was expected");
-    return *message;
+    return message;
 }
 
 }  // namespace ServiceTest

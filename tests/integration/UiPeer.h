@@ -26,7 +26,9 @@ class UiPeer {
   public:
     UiPeer();
 
-    /** The next message. Throws std::runtime_error when none comes in time, or it is of the other kind. */
+    /** The next message. All of these throw std::runtime_error when none comes in time, or it is of another
+     * kind than the one asked for. */
+    TestSupport::RawMessage next();
     TestSupport::RawMessage nextResult();
     TestSupport::RawMessage nextPictureMessage();
     Picture nextPicture();
@@ -36,7 +38,7 @@ class UiPeer {
     std::string refuse(const TestSupport::RawMessage& message);
 
   private:
-    TestSupport::RawMessage next(const std::string& operation);
+    TestSupport::RawMessage nextOf(const std::string& operation);
 
     TestSupport::RawPeer peer_;
 };

@@ -1,0 +1,173 @@
+// The service ends well whatever it is doing: it is asked to at random moments, a hundred times in all.
+#include <signal.h>
+
+#include <thread>
+
+#include "Dice.h"
+#include "ServiceWorld.h"
+
+namespace ServiceTest {
+
+namespace {
+
+using TestSupport::RawMessage;
+using TestSupport::RawPeer;
+
+constexpr int Rounds = 25;
+constexpr const char* UiId = "org.tizen.carvoy";
+constexpr const char* Stop = "http://tizen.org/appcontrol/operation/stop";
+
+/** A UI app that answers product lists by itself, on its own thread: yes, no, or not at all. */
+class LivelyUi {
+  public:
+    explicit LivelyUi(unsigned answers) : answers_(answers), peer_(UiId), thread_([this] { run(); }) {}
+    ~LivelyUi()
+    {
+        RawPeer().launch(UiId, Stop);
+        thread_.join();
+    }
+    LivelyUi(const LivelyUi&) = delete;
+    LivelyUi& operator=(const LivelyUi&) = delete;
+
+  private:
+    void run()
+    {
+        while (const auto message = peer_.nextLaunch()) {
+            if (message->operation == Stop)
+                return;
+            if (message->id != 0)
+                answer(*message);
+        }
+    }
+
+    // Mostly yes. The service may have ended meanwhile: what comes back does not matter.
+    void answer(const RawMessage& message)
+    {
+        const unsigned choice = answers_++ % 5;
+        if (choice != 0)
+            peer_.reply(message.sender, message.id, choice == 1 ? -1 : 0);
+    }
+
+    unsigned answers_;
+    RawPeer peer_;
+    std::thread thread_;
+};
+
+class TheEnd : public ServiceWorld {
+  protected:
+    static constexpr int Pictures = 4;
+
+    static std::string pathOf(int picture) { return "/p/" + std::to_string(picture) + ".png"; }
+
+    void takeLongerForPictures(int milliseconds)
+    {
+        std::vector<Product> products;
+        for (int i = 0; i < Pictures; ++i)
+            products.push_back({"Milk", pathOf(i)});
+        stock(products);
+        for (int i = 0; i < Pictures; ++i)
+            merchant->answer(pathOf(i), pictureOf(i, milliseconds));
+    }
+
+    Answer pictureOf(int picture, int milliseconds)
+    {
+        Answer answer{200, pictureBytes(pathOf(picture)), "image/png"};
+        answer.delay = dice.millisecondsUpTo(milliseconds);
+        if (dice.onceIn(4))
+            answer.status = 404;
+        else if (dice.onceIn(4))
+            answer.withheld = 1000;
+        return answer;
+    }
+
+    /** Lets it work for a random time, in which it must not end by itself, then asks it to end. */
+    void endWithin(int milliseconds)
+    {
+        EXPECT_FALSE(service->wait(dice.millisecondsUpTo(milliseconds)).inTime);
+        stopService();
+        EXPECT_EQ(service->errors(), "");
+        EXPECT_EQ(pictureFiles(), std::vector<std::string>{});
+    }
+
+    std::unique_ptr<LivelyUi> livelyUi()
+    {
+        return std::make_unique<LivelyUi>(static_cast<unsigned>(dice.upTo(4)));
+    }
+
+    Dice dice;
+};
+
+TEST_F(TheEnd, ComesWhilePicturesAreOnTheirWay)
+{
+    const auto screen = livelyUi();
+    for (int round = 0; round < Rounds && !HasFailure(); ++round) {
+        takeLongerForPictures(40);
+        startService();
+        for (int searches = dice.upTo(2); searches >= 0; --searches)
+            search();
+        askForResult();
+        endWithin(150);
+    }
+}
+
+TEST_F(TheEnd, ComesWhileASearchWaitsForItsAnswer)
+{
+    const auto screen = livelyUi();
+    for (int round = 0; round < Rounds && !HasFailure(); ++round) {
+        takeLongerForPictures(10);
+        Answer answer{200, answerOf(threeProducts())};
+        answer.delay = dice.millisecondsUpTo(80);
+        merchant->answer(Merchant::SearchPath, answer);
+        startService();
+        search();
+        askForResult();
+        search();
+        endWithin(100);
+    }
+}
+
+TEST_F(TheEnd, ComesWhileSendsAreQueued)
+{
+    for (int round = 0; round < Rounds && !HasFailure(); ++round) {
+        // Now and then there is no UI app, and what is sent fails.
+        const auto screen = dice.onceIn(4) ? nullptr : livelyUi();
+        takeLongerForPictures(5);
+        startService();
+        search();
+        for (int results = dice.upTo(12); results >= 0; --results)
+            askForResult();
+        endWithin(200);
+    }
+}
+
+TEST_F(TheEnd, ComesWhileRepliesAreUnderWay)
+{
+    for (int round = 0; round < Rounds && !HasFailure(); ++round) {
+        auto screen = livelyUi();
+        takeLongerForPictures(5);
+        startService();
+        for (int requests = 0; requests < 4; ++requests) {
+            search();
+            askForResult();
+        }
+        // The UI app leaves with requests unanswered: those replies are made up for it.
+        EXPECT_FALSE(service->wait(dice.millisecondsUpTo(150)).inTime);
+        if (dice.onceIn(2))
+            screen.reset();
+        endWithin(50);
+    }
+}
+
+TEST_F(TheEnd, ComesAsSoonAsItHasStarted)
+{
+    for (int round = 0; round < Rounds && !HasFailure(); ++round) {
+        startService();
+        if (dice.onceIn(2))
+            search();
+        endWithin(3);
+    }
+}
+
+}  // namespace
+
+}  // namespace ServiceTest
