@@ -88,8 +88,7 @@ void AppBus::connect()
         return;
     session_.reset();
     try {
-        session_ =
-            std::make_shared<AppSession>([] { MainLoop::instance().requestEnd(MainLoop::End::BusLost); });
+        session_ = AppSession::start([] { MainLoop::instance().requestEnd(MainLoop::End::BusLost); });
     } catch (const sdbus::Error&) {
     } catch (const std::system_error&) {
     }

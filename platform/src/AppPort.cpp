@@ -115,9 +115,10 @@ void AppPort::launch(const Handle& request, const std::string& caller, const Rep
     try {
         id = target.callback ? expectReply(request, target) : 0;
         call(*request, caller, id, answer);
-    } catch (const sdbus::Error& error) {
+    } catch (const sdbus::Error&) {
+        // What was checked before can only fail with its connection.
         pending_.erase(id);
-        answer->give(APP_CONTROL_ERROR_LAUNCH_FAILED);
+        answer->give(APP_CONTROL_ERROR_IO_ERROR);
     }
 }
 
@@ -131,7 +132,7 @@ int AppPort::reply(const Origin& origin, int result, const ExtraData& extraData)
         message.dontExpectReply();
         proxy->callMethod(message);
     } catch (const sdbus::Error&) {
-        return APP_CONTROL_ERROR_LAUNCH_FAILED;
+        return APP_CONTROL_ERROR_IO_ERROR;
     }
     return APP_CONTROL_ERROR_NONE;
 }

@@ -30,21 +30,27 @@ class SignalsBlocked {
 
 }  // namespace
 
+std::shared_ptr<AppSession> AppSession::start(std::function<void()> lost)
+{
+    const std::shared_ptr<AppSession> session(new AppSession(std::move(lost)));
+    session->startThread();
+    return session;
+}
+
 AppSession::AppSession(std::function<void()> lost)
     : lost_(std::move(lost)),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), sdbus::adopt_fd),
       connection_(sdbus::createSessionBusConnection())
 {
     port_ = std::make_unique<AppPort>(*connection_, MainLoop::instance());
-    const SignalsBlocked blocked;
-    thread_ = std::thread([this] { run(); });
-    pthread_setname_np(thread_.native_handle(), "app-bus");
 }
 
-AppSession::~AppSession()
+void AppSession::startThread()
 {
-    if (thread_.joinable())
-        stop();
+    const SignalsBlocked blocked;
+    const std::lock_guard lock(mutex_);
+    thread_ = std::thread([self = shared_from_this()] { self->run(); });
+    pthread_setname_np(thread_.native_handle(), "app-bus");
 }
 
 void AppSession::post(Task task)
@@ -66,6 +72,8 @@ void AppSession::stop()
 {
     {
         const std::lock_guard lock(mutex_);
+        if (ended_)
+            return;
         stopping_ = true;
         wake();
     }
@@ -122,6 +130,8 @@ void AppSession::end(bool lost)
     {
         const std::lock_guard lock(mutex_);
         ended_ = true;
+        if (!stopping_)
+            thread_.detach();
         dropped.swap(tasks_);
     }
     if (lost)

@@ -12,17 +12,17 @@
 namespace HostPlatform {
 
 /**
- * Connects, and processes the connection on a thread of its own, which alone touches it. The session
- * ends with stop(), or when the bus goes away: then the waiting replies fail, and @p lost is called on
- * that thread.
+ * Connects, and processes the connection on a thread of its own, which alone touches it and keeps the
+ * session alive. The session ends with stop(), or when the bus goes away: then the waiting replies fail,
+ * and @p lost is called on that thread.
  */
-class AppSession {
+class AppSession : public std::enable_shared_from_this<AppSession> {
   public:
     using Task = std::function<void(AppPort&)>;
 
     /** Throws sdbus::Error where the bus cannot be reached, std::system_error where no thread can be had. */
-    explicit AppSession(std::function<void()> lost);
-    ~AppSession();
+    static std::shared_ptr<AppSession> start(std::function<void()> lost);
+
     AppSession(const AppSession&) = delete;
     AppSession& operator=(const AppSession&) = delete;
 
@@ -32,10 +32,14 @@ class AppSession {
     /** Any thread. */
     bool hasEnded() const;
 
-    /** Any other thread, once. What is sent is flushed; tasks and calls under way are dropped. */
+    /** Any other thread, once; waits for the session's. What is sent is flushed, what is under way dropped.
+     */
     void stop();
 
   private:
+    explicit AppSession(std::function<void()> lost);
+
+    void startThread();
     void run();
     void processUntilStopped();
     bool runTasks();
@@ -47,7 +51,7 @@ class AppSession {
     sdbus::UnixFd wakeDescriptor_;
     std::unique_ptr<sdbus::IConnection> connection_;
     std::unique_ptr<AppPort> port_;
-    mutable std::mutex mutex_;  // of the three below
+    mutable std::mutex mutex_;  // of what follows
     std::vector<Task> tasks_;
     bool stopping_ = false;
     bool ended_ = false;

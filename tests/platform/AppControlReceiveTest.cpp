@@ -190,6 +190,7 @@ TEST_F(ARunningApp, OutlivesAWorkerThatSendsWhileTheOtherEnds)
     for (int round = 0; round < 50; ++round) {
         ChildProcess sender({OTHER_TEST_APP, "static sender", AppId});
         ASSERT_TRUE(sender.waitForOutput("sending")) << sender.errors();
+        ASSERT_TRUE(sender.waitForOutput("create")) << sender.errors();
         expectExit(sender);
         EXPECT_NE(sender.output().find("terminate\nresult 0\nlast send -5\n"), std::string::npos)
             << sender.output();
