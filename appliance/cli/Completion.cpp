@@ -131,9 +131,10 @@ std::string bashScript(const CLI::App& app)
 
 std::string completionScript(const CLI::App& app, const std::string& shell)
 {
+    // The bridge is part of zsh; a shell without its own completion set up gets that first.
     const std::string zshPrelude =
-        "# zsh reads the script for bash through its own bridge to it.\n"
-        "autoload -U +X compinit && compinit\nautoload -U +X bashcompinit && bashcompinit\n";
+        "(( $+functions[compdef] )) || { autoload -U compinit && compinit; }\n"
+        "autoload -U +X bashcompinit && bashcompinit\n";
     return (shell == "zsh" ? zshPrelude : "") + bashScript(app);
 }
 

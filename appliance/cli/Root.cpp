@@ -17,7 +17,7 @@ constexpr std::size_t LongestPictureFolder = 100;
 
 bool isPlain(char byte)
 {
-    const std::string plain = "_./+,:@%=~-";
+    const std::string plain = "_./+,:@%=-";
     const bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
     return letter || (byte >= '0' && byte <= '9') || plain.find(byte) != std::string::npos;
 }
@@ -39,7 +39,7 @@ std::optional<std::string> whyUnfit(const std::filesystem::path& root)
     const std::string path = root.string();
     for (const char byte : path) {
         if (!isPlain(byte)) {
-            return "it has a character other than A-Z a-z 0-9 _ . / + , : @ % = ~ -";
+            return "it has a character other than A-Z a-z 0-9 _ . / + , : @ % = -";
         }
     }
     const std::size_t length = (root / "media" / "tmp").string().size();

@@ -9,13 +9,13 @@ namespace {
 
 TEST(ARoot, OfPlainCharactersIsFit)
 {
-    EXPECT_EQ(Tool::whyUnfit("/home/me/My-Build_1.0/+,:@%=~"), std::nullopt);
+    EXPECT_EQ(Tool::whyUnfit("/home/me/My-Build_1.0/+,:@%="), std::nullopt);
 }
 
 TEST(ARoot, WithACharacterThatMeansSomethingToAShellIsUnfit)
 {
-    for (const char* path : {"/a b", "/a'b", "/a\"b", "/a$b", "/a;b", "/a*b", "/a\nb", "/a`b", "/caf\xC3\xA9",
-                             "/a&b", "/a|b", "/a(b)", "/a\\b", "/a!b", "/a#b"}) {
+    for (const char* path : {"/a b", "/a~b", "/a'b", "/a\"b", "/a$b", "/a;b", "/a*b", "/a\nb", "/a`b",
+                             "/caf\xC3\xA9", "/a&b", "/a|b", "/a(b)", "/a\\b", "/a!b", "/a#b"}) {
         EXPECT_NE(Tool::whyUnfit(path), std::nullopt) << path;
     }
 }

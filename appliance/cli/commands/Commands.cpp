@@ -4,8 +4,7 @@ namespace Tool {
 
 namespace {
 
-const char Footer[] = R"(
-Examples:
+const char Footer[] = R"(Examples:
   appliance run                       one search for milk, everything started and ended for it
   appliance up                        start everything and keep it running, then elsewhere:
   appliance search --merchant greengrocer apple
@@ -52,7 +51,7 @@ CLI::Option* addTimeoutOption(CLI::App& command, double& seconds)
     const double shortest = 0.001;
     return command.add_option("--timeout", seconds, "Seconds to wait for all of it")
         ->type_name("SECONDS")
-        ->check(CLI::Range(shortest, longest))
+        ->check(CLI::Range(shortest, longest).description(""))
         ->capture_default_str();
 }
 

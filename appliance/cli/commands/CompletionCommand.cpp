@@ -11,7 +11,7 @@ void addCompletionCommand(CLI::App& app, Action& chosen)
     const auto shell = std::make_shared<std::string>();
     CLI::App* command = app.add_subcommand("completion", "Print a completion script for a shell");
     command->add_option("SHELL", *shell, "The shell")->required()->check(CLI::IsMember({"bash", "zsh"}));
-    command->footer("\nExamples:\n  source <(appliance completion bash)\n");
+    command->footer("Examples:\n  source <(appliance completion bash)\n");
     command->callback([&app, shell, &chosen] {
         chosen = [&app, shell] {
             std::fputs(completionScript(app, *shell).c_str(), stdout);

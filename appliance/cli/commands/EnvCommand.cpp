@@ -24,7 +24,7 @@ void addEnvCommand(CLI::App& app, Action& chosen)
     CLI::App* command = app.add_subcommand("env", "Print the environment that makes a shell part of it");
     addRootOption(*command, *root);
     command->footer(
-        "\nExamples:\n"
+        "Examples:\n"
         "  eval \"$(appliance env)\"\n"
         "  busctl --address=\"$DBUS_SESSION_BUS_ADDRESS\" list\n");
     command->callback([root, &chosen] { chosen = [root] { return env(*root); }; });

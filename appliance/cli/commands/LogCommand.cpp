@@ -51,7 +51,7 @@ void addLogCommand(CLI::App& app, Action& chosen)
     command->add_option("-n,--lines", arguments->lines, "How many of the last lines to begin with")
         ->type_name("N")
         ->capture_default_str();
-    command->footer("\nExamples:\n  appliance log -n 20\n  appliance log -f\n");
+    command->footer("Examples:\n  appliance log -n 20\n  appliance log -f\n");
     command->callback([arguments, &chosen] { chosen = [arguments] { return showLog(*arguments); }; });
 }
 

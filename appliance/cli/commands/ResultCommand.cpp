@@ -71,7 +71,7 @@ void addResultCommand(CLI::App& app, Action& chosen)
     addRootOption(*command, arguments->root);
     addTimeoutOption(*command, arguments->timeout);
     command->add_flag("--json", arguments->json, "The card as JSON");
-    command->footer("\nExamples:\n  appliance result\n  appliance result --json\n");
+    command->footer("Examples:\n  appliance result\n  appliance result --json\n");
     command->callback([arguments, &chosen] { chosen = [arguments] { return result(*arguments); }; });
 }
 

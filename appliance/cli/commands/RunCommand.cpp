@@ -117,7 +117,7 @@ void addRunCommand(CLI::App& app, Action& chosen)
         app.add_subcommand("run", "Start everything, search once, show it all, end everything");
     addSearchArguments(*command, *arguments)->default_str("milk");
     command->footer(
-        "\nExamples:\n"
+        "Examples:\n"
         "  appliance run\n"
         "  appliance run --merchant greengrocer apple\n"
         "  appliance run \"milk ~slow-images ~image-404=2\"\n");

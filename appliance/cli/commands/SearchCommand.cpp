@@ -34,7 +34,7 @@ void addSearchCommand(CLI::App& app, Action& chosen)
     addRootOption(*command, *root);
     addSearchArguments(*command, *arguments)->required();
     command->footer(
-        "\nExamples:\n"
+        "Examples:\n"
         "  appliance search milk\n"
         "  appliance search --merchant greengrocer \"apple ~delay=3s\"\n");
     command->callback(

@@ -103,7 +103,7 @@ void addSendCommand(CLI::App& app, Action& chosen)
     addTimeoutOption(*command, arguments->timeout);
     addRootOption(*command, arguments->root);
     command->footer(
-        "\nWhere no appliance runs in the root, the bus of DBUS_SESSION_BUS_ADDRESS is used.\n"
+        "Where no appliance runs in the root, the bus of DBUS_SESSION_BUS_ADDRESS is used.\n"
         "\nExamples:\n"
         "  appliance send org.tizen.carvoy-service service:result\n"
         "  appliance send org.tizen.carvoy service:search --extra key_merchant=freshmart \\\n"

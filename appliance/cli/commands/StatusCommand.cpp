@@ -32,7 +32,7 @@ void addStatusCommand(CLI::App& app, Action& chosen)
     CLI::App* command = app.add_subcommand("status", "Show the status record and the search flag");
     addRootOption(*command, *root);
     command->add_flag("--json", *json, "As JSON; null where nothing was written yet");
-    command->footer("\nExamples:\n  appliance status\n  appliance status --json\n");
+    command->footer("Examples:\n  appliance status\n  appliance status --json\n");
     command->callback([root, json, &chosen] { chosen = [root, json] { return status(*root, *json); }; });
 }
 

@@ -114,12 +114,12 @@ void addUpCommand(CLI::App& app, Action& chosen)
         ->capture_default_str();
     command->add_option("--confirm-after", arguments->confirmAfter, "Delay of a late answer")
         ->type_name("MS")
-        ->check(CLI::Range(0, 3'600'000))
+        ->check(CLI::Range(0, 3'600'000).description(""))
         ->capture_default_str();
     command->add_flag("--bridge-log", arguments->bridgeLog, "Print each request that the merchant gets");
     command->add_flag("--until-stdin-closes", arguments->untilStdinCloses, "End with standard input, too");
     command->footer(
-        "\nExamples:\n"
+        "Examples:\n"
         "  appliance up\n"
         "  appliance up --confirm late --confirm-after 5000     pictures are held back for five seconds\n");
     command->callback([arguments, &chosen] { chosen = [arguments] { return up(*arguments); }; });
