@@ -1,0 +1,533 @@
+// The worker: order, pace, completions on the main loop, and what becomes of tasks that end otherwise.
+#include "AsyncThread.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <type_traits>
+
+#include "../Controller/Latch.h"
+#include "ChildProcess.h"
+#include "MainLoop.h"
+#include "ObservedTest.h"
+#include "Singleton.h"
+
+using TestSupport::Call;
+using TestSupport::Calls;
+using TestSupport::ChildProcess;
+using TestSupport::ProcessEnd;
+using Util::AsyncThread;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using List = std::vector<std::string>;
+
+static_assert(std::has_virtual_destructor_v<AsyncThread>);
+static_assert(!std::is_copy_constructible_v<AsyncThread> && !std::is_copy_assignable_v<AsyncThread>);
+
+// What functions hold on to; when nobody but the test does, they were destroyed.
+using Held = std::shared_ptr<int>;
+
+class Async : public ObservedTest {
+  protected:
+    // Runs the loop until everything queued so far was run and completed.
+    bool finish(AsyncThread& worker)
+    {
+        worker.asyncCall([] { return true; }, [] { MainLoop::quit(); });
+        return loop.run();
+    }
+
+    // What the worker's thread did, out of `names`, in order.
+    static List orderOn(pid_t thread, const List& names)
+    {
+        List found;
+        for (const Call& call : Calls::all())
+            if (call.thread == thread && std::find(names.begin(), names.end(), call.name) != names.end())
+                found.push_back(call.name);
+        return found;
+    }
+
+    MainLoop loop;
+};
+
+// Work that is in progress when its worker is destroyed, and knows it.
+class AsyncEnd : public Async {
+  protected:
+    void destroy(std::unique_ptr<AsyncThread>& worker)
+    {
+        ASSERT_TRUE(started_.wait());
+        isDestroying_ = true;
+        worker.reset();
+    }
+
+    // True when the thread that destroys the worker has done all it can and waits for this one.
+    bool waitUntilDestroyed()
+    {
+        started_.open();
+        const Clock::time_point deadline = Clock::now() + TestSupport::Patience;
+        while (!isDestroying_ || !isAsleep(destroyer_)) {
+            if (Clock::now() > deadline)
+                return false;
+            std::this_thread::yield();
+        }
+        return true;
+    }
+
+  private:
+    static bool isAsleep(pid_t thread)
+    {
+        std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+        std::string text;
+        std::getline(file, text);
+        const size_t name = text.rfind(") ");
+        return name != std::string::npos && text[name + 2] == 'S';
+    }
+
+    Latch started_;
+    std::atomic<bool> isDestroying_{false};
+    const pid_t destroyer_ = gettid();
+};
+
+}  // namespace
+
+TEST_F(Async, TasksRunInTheOrderInWhichTheyWereQueued)
+{
+    std::vector<int> order;
+    AsyncThread worker;
+    for (int i = 0; i < 5; ++i)
+        worker.asyncCall(
+            [&order, i] {
+                order.push_back(i);
+                return false;
+            },
+            nullptr);
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3, 4}));
+}
+
+TEST_F(Async, TasksRunAtLeastFiftyMillisecondsApart)
+{
+    std::vector<Clock::time_point> times;
+    AsyncThread worker;
+    for (int i = 0; i < 3; ++i)
+        worker.asyncCall(
+            [&times] {
+                times.push_back(Clock::now());
+                return false;
+            },
+            nullptr);
+
+    ASSERT_TRUE(finish(worker));
+    ASSERT_EQ(times.size(), 3U);
+    EXPECT_GE(times[1] - times[0], std::chrono::milliseconds(50));
+    EXPECT_GE(times[2] - times[1], std::chrono::milliseconds(50));
+}
+
+TEST_F(Async, TheWorkerSleepsFiftyMillisecondsWithAndWithoutTasks)
+{
+    pid_t thread = 0;
+    AsyncThread worker;
+    worker.asyncCall(
+        [&thread] {
+            thread = gettid();
+            return true;
+        },
+        [] { MainLoop::quit(); });
+    ASSERT_TRUE(loop.run());
+    ASSERT_TRUE(Calls::waitFor("nanosleep", Calls::count("nanosleep") + 3));
+
+    for (const Call& call : Calls::of("nanosleep"))
+        if (call.thread == thread) {
+            EXPECT_EQ(call.arguments, (List{"0", "50000000"}));
+        }
+}
+
+TEST_F(Async, TheWorkerTakesOneTaskBetweenTwoSleeps)
+{
+    pid_t thread = 0;
+    AsyncThread worker;
+    for (int i = 0; i < 4; ++i)
+        worker.asyncCall(
+            [&thread] {
+                thread = gettid();
+                return true;
+            },
+            nullptr);
+    ASSERT_TRUE(finish(worker));
+
+    int handedOver = 0;
+    for (const std::string& name : orderOn(thread, {"ecore_main_loop_thread_safe_call_async", "nanosleep"})) {
+        handedOver = name == "nanosleep" ? 0 : handedOver + 1;
+        EXPECT_LE(handedOver, 1);
+    }
+    EXPECT_EQ(Calls::count("ecore_main_loop_thread_safe_call_async"), 5U);
+}
+
+TEST_F(Async, WorkRunsOnTheWorkersThreadAndItsCompletionOnTheMainLoops)
+{
+    pid_t workThread = 0;
+    pid_t doneThread = 0;
+    AsyncThread worker;
+    worker.asyncCall(
+        [&] {
+            workThread = gettid();
+            return true;
+        },
+        [&] {
+            doneThread = gettid();
+            MainLoop::quit();
+        });
+
+    ASSERT_TRUE(loop.run());
+    EXPECT_NE(workThread, gettid());
+    EXPECT_EQ(doneThread, gettid());
+}
+
+TEST_F(Async, EachObjectHasOneWorkerOfItsOwn)
+{
+    std::vector<pid_t> threads;
+    const auto note = [&threads] {
+        threads.push_back(gettid());
+        return false;
+    };
+    AsyncThread one;
+    one.asyncCall(note, nullptr);
+    one.asyncCall(note, nullptr);
+    ASSERT_TRUE(finish(one));
+    AsyncThread other;
+    other.asyncCall(note, nullptr);
+    ASSERT_TRUE(finish(other));
+
+    EXPECT_EQ(threads.at(0), threads.at(1));
+    EXPECT_NE(threads.at(0), threads.at(2));
+}
+
+TEST_F(Async, QueueingDoesNotWaitForTheWorker)
+{
+    Latch released;
+    AsyncThread worker;
+    for (int i = 0; i < 2; ++i)
+        worker.asyncCall(
+            [&released] {
+                released.wait();
+                return false;
+            },
+            nullptr);
+
+    released.open();
+    EXPECT_TRUE(finish(worker));
+}
+
+TEST_F(Async, CompletionsComeInTheOrderOfTheTasks)
+{
+    std::vector<int> order;
+    AsyncThread worker;
+    for (int i = 0; i < 3; ++i)
+        worker.asyncCall([] { return true; }, [&order, i] { order.push_back(i); });
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+}
+
+TEST_F(Async, ACompletionWaitsForTheMainLoop)
+{
+    bool done = false;
+    AsyncThread worker;
+    worker.asyncCall([] { return true; },
+                     [&done] {
+                         done = true;
+                         MainLoop::quit();
+                     });
+
+    ASSERT_TRUE(Calls::waitFor("ecore_main_loop_thread_safe_call_async", 1));
+    EXPECT_FALSE(done);
+    ASSERT_TRUE(loop.run());
+    EXPECT_TRUE(done);
+}
+
+TEST_F(Async, WorkThatReturnsFalseIsNeverCompletedAndFreed)
+{
+    const Held held = std::make_shared<int>();
+    bool done = false;
+    AsyncThread worker;
+    worker.asyncCall([held] { return false; }, [held, &done] { done = true; });
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_FALSE(done);
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(Calls::count("ecore_main_loop_thread_safe_call_async"), 1U);
+}
+
+TEST_F(Async, ATaskWithoutCompletionIsHandedToTheMainLoopAndFreedThere)
+{
+    const Held held = std::make_shared<int>();
+    AsyncThread worker;
+    worker.asyncCall([held] { return true; }, nullptr);
+    ASSERT_TRUE(Calls::waitFor("ecore_main_loop_thread_safe_call_async", 1));
+    EXPECT_EQ(held.use_count(), 2);
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(Async, ACompletedTaskIsFreed)
+{
+    const Held held = std::make_shared<int>();
+    AsyncThread worker;
+    worker.asyncCall([held] { return true; }, [held] {});
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(Async, ATaskHoldsCopiesOfItsFunctions)
+{
+    int runs = 0;
+    AsyncThread worker;
+    {
+        std::function<bool()> work = [&runs] { return ++runs == 1; };
+        std::function<void()> done = [&runs] { ++runs; };
+        worker.asyncCall(work, done);
+        work = nullptr;
+        done = nullptr;
+    }
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_EQ(runs, 2);
+}
+
+TEST_F(Async, WorkAndCompletionsMayQueueMore)
+{
+    int runs = 0;
+    AsyncThread worker;
+    worker.asyncCall(
+        [&] {
+            ++runs;
+            worker.asyncCall([] { return true; }, [] { MainLoop::quit(); });
+            return true;
+        },
+        [&] {
+            ++runs;
+            worker.asyncCall([] { return false; }, nullptr);
+        });
+
+    ASSERT_TRUE(loop.run());
+    EXPECT_EQ(runs, 2);
+}
+
+TEST_F(Async, TasksOfSeveralThreadsAllRunEachThreadsInOrder)
+{
+    constexpr int kThreads = 3;
+    constexpr int kTasks = 3;
+    std::vector<std::vector<int>> order(kThreads);
+    AsyncThread worker;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([&worker, &order, t] {
+            for (int i = 0; i < kTasks; ++i)
+                worker.asyncCall(
+                    [&order, t, i] {
+                        order[static_cast<size_t>(t)].push_back(i);
+                        return false;
+                    },
+                    nullptr);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+
+    ASSERT_TRUE(finish(worker));
+    EXPECT_EQ(order, std::vector<std::vector<int>>(kThreads, {0, 1, 2}));
+}
+
+TEST_F(AsyncEnd, DropsWhatIsQueuedWithoutRunningIt)
+{
+    const Held held = std::make_shared<int>();
+    bool ran = false;
+    auto worker = std::make_unique<AsyncThread>();
+    worker->asyncCall([this] { return waitUntilDestroyed() && false; }, nullptr);
+    for (int i = 0; i < 3; ++i)
+        worker->asyncCall(
+            [held, &ran] {
+                ran = true;
+                return true;
+            },
+            [held, &ran] { ran = true; });
+    EXPECT_EQ(held.use_count(), 1 + 3 * 2);
+    destroy(worker);
+
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_FALSE(ran);
+    EXPECT_EQ(Calls::count("ecore_main_loop_thread_safe_call_async"), 0U);
+}
+
+TEST_F(AsyncEnd, WaitsForTheWorkInProgress)
+{
+    bool finished = false;
+    auto worker = std::make_unique<AsyncThread>();
+    worker->asyncCall(
+        [&] {
+            finished = waitUntilDestroyed();
+            return false;
+        },
+        nullptr);
+    destroy(worker);
+
+    EXPECT_TRUE(finished);
+}
+
+TEST_F(AsyncEnd, TheWorkInProgressIsStillCompleted)
+{
+    bool done = false;
+    auto worker = std::make_unique<AsyncThread>();
+    worker->asyncCall([this] { return waitUntilDestroyed(); },
+                      [&done] {
+                          done = true;
+                          MainLoop::quit();
+                      });
+    destroy(worker);
+
+    EXPECT_FALSE(done);
+    ASSERT_TRUE(loop.run());
+    EXPECT_TRUE(done);
+}
+
+TEST_F(AsyncEnd, TheWorkerDoesNotSleepAgain)
+{
+    pid_t thread = 0;
+    size_t sleepsBefore = 0;
+    auto worker = std::make_unique<AsyncThread>();
+    worker->asyncCall(
+        [&] {
+            thread = gettid();
+            sleepsBefore = orderOn(thread, {"nanosleep"}).size();
+            return waitUntilDestroyed() && false;
+        },
+        nullptr);
+    destroy(worker);
+
+    EXPECT_EQ(orderOn(thread, {"nanosleep"}).size(), sleepsBefore);
+}
+
+TEST_F(Async, ACompletionOnItsWayIsNotRecalled)
+{
+    bool done = false;
+    {
+        AsyncThread worker;
+        worker.asyncCall([] { return true; },
+                         [&done] {
+                             done = true;
+                             MainLoop::quit();
+                         });
+        ASSERT_TRUE(Calls::waitFor("ecore_main_loop_thread_safe_call_async", 1));
+    }
+
+    ASSERT_TRUE(loop.run());
+    EXPECT_TRUE(done);
+}
+
+TEST_F(Async, AnUnusedOneEnds)
+{
+    const AsyncThread worker;
+}
+
+TEST_F(Async, ASynchronousCallReturnsWhenTheMainLoopHasRunIt)
+{
+    AsyncThread worker;
+    pid_t calledOn = 0;
+    bool calledBeforeReturn = false;
+    std::thread caller([&] {
+        worker.syncCallEcore([&] { calledOn = gettid(); });
+        calledBeforeReturn = calledOn != 0;
+        worker.syncCallEcore([] { MainLoop::quit(); });
+    });
+
+    EXPECT_TRUE(loop.run());
+    caller.join();
+    EXPECT_EQ(calledOn, gettid());
+    EXPECT_TRUE(calledBeforeReturn);
+}
+
+TEST_F(Async, ASynchronousCallIsFreedWhenItReturns)
+{
+    AsyncThread worker;
+    const Held held = std::make_shared<int>();
+    long count = 0;
+    std::thread caller([&] {
+        worker.syncCallEcore([held] {});
+        count = held.use_count();
+        worker.syncCallEcore([] { MainLoop::quit(); });
+    });
+
+    EXPECT_TRUE(loop.run());
+    caller.join();
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(Async, ASynchronousCallOfNothingReturns)
+{
+    AsyncThread worker;
+    std::thread caller([&] {
+        worker.syncCallEcore(nullptr);
+        worker.syncCallEcore([] { MainLoop::quit(); });
+    });
+
+    EXPECT_TRUE(loop.run());
+    caller.join();
+    EXPECT_EQ(Calls::count("ecore_main_loop_thread_safe_call_sync"), 2U);
+}
+
+TEST_F(Async, ASynchronousCallDoesNotWaitForTheQueue)
+{
+    Latch released;
+    bool called = false;
+    AsyncThread worker;
+    worker.asyncCall(
+        [&released] {
+            released.wait();
+            return false;
+        },
+        nullptr);
+    // On the main loop's own thread there is nothing to wait for.
+    worker.syncCallEcore([&called] { called = true; });
+
+    EXPECT_TRUE(called);
+    released.open();
+    EXPECT_TRUE(finish(worker));
+}
+
+TEST_F(Async, TheProcessHasOneThatIsMadeOnFirstUse)
+{
+    using Holder = Util::Singleton<AsyncThread>;
+    EXPECT_EQ(Holder::mInstance, nullptr);
+    AsyncThread* const first = Holder::getInstance();
+
+    EXPECT_EQ(Holder::getInstance(), first);
+    EXPECT_EQ(Holder::mInstance, first);
+    EXPECT_TRUE(finish(*first));
+    delete first;
+    Holder::mInstance = nullptr;
+}
+
+TEST(AsyncProcess, WorkThatIsEmptyEndsTheProcess)
+{
+    ChildProcess process({ASYNC_PROBE, "empty-work"});
+    const ProcessEnd end = process.wait();
+
+    EXPECT_TRUE(end.inTime);
+    EXPECT_NE(process.errors().find("bad_function_call"), std::string::npos) << process.errors();
+    EXPECT_TRUE(end.signal != 0 || end.status != 0);
+}
+
+TEST(AsyncProcess, AQueueThatCannotBeLockedIsASystemErrorForTheCaller)
+{
+    ChildProcess process({ASYNC_PROBE, "no-lock"});
+    const ProcessEnd end = process.wait();
+
+    EXPECT_EQ(process.output(), "system error\n");
+    EXPECT_EQ(end.status, 0) << process.errors();
+}
