@@ -1,0 +1,142 @@
+// How deep a text may be nested before it is refused.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "GLibWatch.h"
+#include "JsonReader.h"
+
+namespace Carvoy {
+
+namespace {
+
+constexpr int LIMIT = 1024;
+
+std::string repeat(const std::string& text, int count)
+{
+    std::string result;
+    for (int i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
+std::string arrays(int depth)
+{
+    return repeat("[", depth) + repeat("]", depth);
+}
+
+std::string objects(int depth)
+{
+    return repeat("{\"a\":", depth - 1) + "{" + repeat("}", depth);
+}
+
+std::string mixed(int depth)
+{
+    return repeat("[{\"a\":", depth / 2) + "1" + repeat("}]", depth / 2);
+}
+
+bool loads(const std::string& text)
+{
+    GLibWatch watch;
+    JsonParserPtr parser(json_parser_new());
+    return JsonReader::load(parser.get(), text);
+}
+
+}  // namespace
+
+TEST(JsonNestingTest, TheDeepestTextThatIsTakenHas1024Levels)
+{
+    EXPECT_TRUE(loads(arrays(LIMIT)));
+    EXPECT_TRUE(loads(objects(LIMIT)));
+    EXPECT_TRUE(loads(mixed(LIMIT)));
+}
+
+TEST(JsonNestingTest, OneLevelMoreIsRefused)
+{
+    EXPECT_FALSE(loads(arrays(LIMIT + 1)));
+    EXPECT_FALSE(loads(objects(LIMIT + 1)));
+    EXPECT_FALSE(loads("[" + mixed(LIMIT) + "]"));
+}
+
+TEST(JsonNestingTest, AHundredThousandLevelsAreRefused)
+{
+    EXPECT_FALSE(loads(arrays(100000)));
+    EXPECT_FALSE(loads(objects(100000)));
+    EXPECT_FALSE(loads(mixed(100000)));
+}
+
+TEST(JsonNestingTest, AnUnfinishedDeepTextIsRefused)
+{
+    EXPECT_FALSE(loads(repeat("[", 100000)));
+    EXPECT_FALSE(loads(repeat("{\"a\":", 100000)));
+    EXPECT_FALSE(loads(repeat("[{\"a\":", 100000)));
+    EXPECT_FALSE(loads(repeat("]", 100000)));
+    EXPECT_FALSE(loads(repeat("}", 100000) + repeat("[", 100000)));
+}
+
+TEST(JsonNestingTest, ManyArraysBesideEachOtherAreNotDeep)
+{
+    EXPECT_TRUE(loads("[" + repeat("[{}],", 100000) + "[]]"));
+}
+
+TEST(JsonNestingTest, BracketsWithinATextDoNotCount)
+{
+    const std::string brackets = repeat("[{", 100000);
+    EXPECT_TRUE(loads("[\"" + brackets + "\"]"));
+    EXPECT_TRUE(loads("{\"" + brackets + "\": 1}"));
+    EXPECT_TRUE(loads("[\"\\\"" + brackets + "\\\\\", \"" + brackets + "\"]"));
+    EXPECT_TRUE(loads("[\"\\u005b" + brackets + "\"]"));
+}
+
+TEST(JsonNestingTest, BracketsBehindATextCount)
+{
+    EXPECT_FALSE(loads("[\"text\", " + arrays(100000) + "]"));
+    EXPECT_FALSE(loads("[\"\\\\\", " + arrays(100000) + "]"));
+    EXPECT_FALSE(loads("[\"\\\"\", " + arrays(100000) + "]"));
+    EXPECT_FALSE(loads("{\"/'\": " + arrays(100000) + "}"));
+}
+
+TEST(JsonNestingTest, ATextWithoutItsEndHidesNothing)
+{
+    EXPECT_FALSE(loads("[\"" + arrays(100000)));
+    EXPECT_FALSE(loads("[\"\\"));
+    EXPECT_FALSE(loads("\""));
+}
+
+// json-glib reads over comments, in which a quote is no quote.
+TEST(JsonNestingTest, AQuoteWithinACommentHidesNoBracket)
+{
+    EXPECT_FALSE(loads("/* \" */" + arrays(100000) + "/* \" */"));
+    EXPECT_FALSE(loads("// \"\n" + arrays(100000) + "// \"\n"));
+    EXPECT_FALSE(loads("[/* \" */ 1, " + arrays(100000) + "]"));
+}
+
+TEST(JsonNestingTest, ABracketThatClosesWithinACommentClosesNothing)
+{
+    EXPECT_FALSE(loads(repeat("[/*]*/", 100000) + repeat("]", 100000)));
+    EXPECT_FALSE(loads(repeat("[//]\n", 100000) + repeat("]", 100000)));
+}
+
+TEST(JsonNestingTest, AQuoteWithinSingleQuotesHidesNoBracket)
+{
+    EXPECT_FALSE(loads("['\"', " + arrays(100000) + ", '\"']"));
+    EXPECT_FALSE(loads("{'\"': " + arrays(100000) + "}"));
+}
+
+TEST(JsonNestingTest, ABracketThatClosesWithinSingleQuotesClosesNothing)
+{
+    EXPECT_FALSE(loads(repeat("['" + repeat("]", 9) + "',", 100000) + "1" + repeat("]", 100000)));
+}
+
+TEST(JsonNestingTest, ACommentOrASingleQuoteIsNoReasonToRefuseAShallowText)
+{
+    EXPECT_TRUE(loads("{\"products\": [/* one */ {\"name\": 'Milk'}]} /* that is all */"));
+}
+
+TEST(JsonNestingTest, AZeroByteHidesNoBracket)
+{
+    EXPECT_FALSE(loads(std::string("[\0", 2) + arrays(100000) + "]"));
+    EXPECT_FALSE(loads("[\"" + std::string(1, '\0') + "\", " + arrays(100000) + "]"));
+}
+
+}  // namespace Carvoy

@@ -1,0 +1,188 @@
+#include "JsonReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "GLibWatch.h"
+
+namespace Carvoy {
+
+namespace {
+
+class JsonReaderTest : public testing::Test {
+  protected:
+    bool load(const std::string& text) { return JsonReader::load(parser_.get(), text); }
+
+    /** The root of a text that must load as an object. */
+    JsonObject* object(const std::string& text)
+    {
+        EXPECT_TRUE(load(text)) << text;
+        return json_node_get_object(json_parser_get_root(parser_.get()));
+    }
+
+    JsonArray* array(const std::string& elements)
+    {
+        return JsonReader::arrayMember(object("{\"list\": " + elements + "}"), "list");
+    }
+
+    std::optional<int> number(const std::string& value)
+    {
+        return JsonReader::intMember(object("{\"number\": " + value + "}"), "number");
+    }
+
+    GLibWatch watch_;
+    JsonParserPtr parser_{json_parser_new()};
+};
+
+// One value of each type that JSON has, and what it is.
+struct Value {
+    const char* kind;
+    const char* text;
+};
+
+const std::vector<Value> EVERY_KIND = {
+    {"string", "\"text\""},   {"empty string", "\"\""}, {"int", "12"},    {"double", "1.5"},
+    {"bool", "true"},         {"null", "null"},         {"array", "[1]"}, {"empty array", "[]"},
+    {"object", "{\"a\": 1}"}, {"empty object", "{}"}};
+
+bool isOneOf(const std::string& kind, const std::vector<std::string>& kinds)
+{
+    return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
+}
+
+}  // namespace
+
+TEST_F(JsonReaderTest, AnArrayMemberIsOnlyFoundWhereItIsAnArray)
+{
+    for (const auto& [kind, text] : EVERY_KIND) {
+        JsonArray* found =
+            JsonReader::arrayMember(object(std::string("{\"member\": ") + text + "}"), "member");
+        EXPECT_EQ(found != nullptr, isOneOf(kind, {"array", "empty array"})) << kind;
+    }
+    EXPECT_EQ(JsonReader::arrayMember(object("{}"), "member"), nullptr);
+}
+
+TEST_F(JsonReaderTest, AnObjectElementIsOnlyFoundWhereItIsAnObject)
+{
+    for (const auto& [kind, text] : EVERY_KIND) {
+        JsonObject* found = JsonReader::objectElement(array(std::string("[") + text + "]"), 0);
+        EXPECT_EQ(found != nullptr, isOneOf(kind, {"object", "empty object"})) << kind;
+    }
+}
+
+TEST_F(JsonReaderTest, AnObjectElementBehindTheEndIsNotFound)
+{
+    EXPECT_EQ(JsonReader::objectElement(array("[]"), 0), nullptr);
+    EXPECT_EQ(JsonReader::objectElement(array("[{}, {}]"), 2), nullptr);
+    EXPECT_EQ(JsonReader::objectElement(array("[{}]"), std::numeric_limits<unsigned>::max()), nullptr);
+}
+
+TEST_F(JsonReaderTest, AnObjectElementIsTheOneAtItsIndex)
+{
+    JsonObject* second = JsonReader::objectElement(array(R"([{"n": 1}, {"n": 2}])"), 1);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(JsonReader::intMember(second, "n"), 2);
+}
+
+TEST_F(JsonReaderTest, TheFirstObjectOfAnArrayIsItsElementZero)
+{
+    JsonObject* first = JsonReader::firstObjectOf(object(R"({"list": [{"n": 1}, {"n": 2}]})"), "list");
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(JsonReader::intMember(first, "n"), 1);
+}
+
+TEST_F(JsonReaderTest, ThereIsNoFirstObjectWhereALinkOfTheChainIsMissing)
+{
+    for (const char* text :
+         {"{}", R"({"list": null})", R"({"list": {}})", R"({"list": "text"})", R"({"list": []})",
+          R"({"list": [null]})", R"({"list": [[]]})", R"({"list": [1]})", R"({"list": [null, {}]})"})
+        EXPECT_EQ(JsonReader::firstObjectOf(object(text), "list"), nullptr) << text;
+}
+
+TEST_F(JsonReaderTest, AStringMemberIsOnlyFoundWhereItIsAString)
+{
+    for (const auto& [kind, text] : EVERY_KIND) {
+        const char* found =
+            JsonReader::stringMember(object(std::string("{\"member\": ") + text + "}"), "member");
+        EXPECT_EQ(found != nullptr, isOneOf(kind, {"string", "empty string"})) << kind;
+    }
+    EXPECT_EQ(JsonReader::stringMember(object("{}"), "member"), nullptr);
+}
+
+TEST_F(JsonReaderTest, AStringMemberIsReadAsUtf8)
+{
+    EXPECT_STREQ(
+        JsonReader::stringMember(object(R"({"s": "cr\u00e8me \u20ac \uD83E\uDD5B \"q\" \/ \n"})"), "s"),
+        "cr\u00e8me \u20ac \U0001F95B \"q\" / \n");
+    EXPECT_STREQ(JsonReader::stringMember(object("{\"s\": \"\u00df\u5357\"}"), "s"), "\u00df\u5357");
+}
+
+TEST_F(JsonReaderTest, ANumberIsOnlyReadFromANumber)
+{
+    for (const auto& [kind, text] : EVERY_KIND)
+        EXPECT_EQ(number(text).has_value(), isOneOf(kind, {"int", "double"})) << kind;
+    EXPECT_EQ(JsonReader::intMember(object("{}"), "number"), std::nullopt);
+}
+
+TEST_F(JsonReaderTest, ANumberThatFitsIsReadAsItIs)
+{
+    EXPECT_EQ(number("0"), 0);
+    EXPECT_EQ(number("-7"), -7);
+    EXPECT_EQ(number("2147483647"), 2147483647);
+    EXPECT_EQ(number("-2147483648"), std::numeric_limits<int>::min());
+}
+
+TEST_F(JsonReaderTest, ANumberBeyond32BitsKeepsItsLow32Bits)
+{
+    EXPECT_EQ(number("2147483648"), std::numeric_limits<int>::min());
+    EXPECT_EQ(number("4294967295"), -1);
+    EXPECT_EQ(number("4294967296"), 0);
+    EXPECT_EQ(number("4294968046"), 750);
+    EXPECT_EQ(number("9223372036854775807"), -1);
+    EXPECT_EQ(number("-9223372036854775808"), 0);
+}
+
+TEST_F(JsonReaderTest, AFractionIsCutOff)
+{
+    EXPECT_EQ(number("12.99"), 12);
+    EXPECT_EQ(number("-12.99"), -12);
+    EXPECT_EQ(number("0.5"), 0);
+    EXPECT_EQ(number("1e3"), 1000);
+    EXPECT_EQ(number("4294968046.5"), 750);
+}
+
+TEST_F(JsonReaderTest, AFractionBeyond64BitsIsNoNumber)
+{
+    EXPECT_EQ(number("9223372036854775808.0"), std::nullopt);
+    EXPECT_EQ(number("-9223372036854775808.5"), std::nullopt);
+    EXPECT_EQ(number("1e19"), std::nullopt);
+    EXPECT_EQ(number("-1e300"), std::nullopt);
+    EXPECT_EQ(number("1e999"), std::nullopt);
+}
+
+// The parser itself cuts it to 64 bits, or sets all of them; what is read is the low 32 of those.
+TEST_F(JsonReaderTest, AnIntegerBeyond64BitsIsStillOneNumber)
+{
+    EXPECT_EQ(number("9223372036854775808"), 0);
+    EXPECT_EQ(number("18446744073709551616"), -1);
+    EXPECT_EQ(number("123456789012345678901234567890"), -1);
+}
+
+TEST_F(JsonReaderTest, TheLastOfTwoMembersOfOneNameCounts)
+{
+    EXPECT_EQ(JsonReader::intMember(object(R"({"n": 1, "n": 2})"), "n"), 2);
+}
+
+TEST_F(JsonReaderTest, AParserCanLoadOneTextAfterTheOther)
+{
+    EXPECT_TRUE(load("{\"n\": 1}"));
+    EXPECT_FALSE(load("{\"n\": "));
+    EXPECT_EQ(JsonReader::intMember(object("{\"n\": 3}"), "n"), 3);
+}
+
+}  // namespace Carvoy
