@@ -87,7 +87,8 @@ typedef enum {
 #define APP_CONTROL_DATA_NAME "http://tizen.org/appcontrol/data/name"
 
 /**
- * Called on the main loop with the answer to a request, exactly once if the request was sent.
+ * Called on the main loop with the answer to a request, exactly once if the request was sent and the
+ * loop goes on running.
  *
  * @p request (a clone of what was sent) and @p reply (its extra data is the answer) are destroyed when
  * the callback returns. A receiver that left the bus gives FAILED and a reply without extra data.
@@ -115,7 +116,10 @@ int app_control_set_app_id(app_control_h app_control, const char* app_id);
 int app_control_set_mime(app_control_h app_control, const char* mime);
 int app_control_set_category(app_control_h app_control, const char* category);
 
-/** Each getter hands out a copy, or null where the value is not set, which is no error. */
+/**
+ * Each getter hands out a copy, or null where the value is not set, which is no error. The app id of a
+ * request that arrived is its sender's.
+ */
 int app_control_get_operation(app_control_h app_control, char** operation);
 int app_control_get_uri(app_control_h app_control, char** uri);
 int app_control_get_app_id(app_control_h app_control, char** app_id);
@@ -165,13 +169,15 @@ int app_control_foreach_extra_data(app_control_h app_control, app_control_extra_
  * Sends a request to the app named by app_control_set_app_id(), and starts that app where the bus knows
  * how to. Blocks until the receiver's process has queued the request, for at most 25 seconds.
  *
- * The handle is the caller's again when the call returns. @p callback may be null: no reply is wanted.
- * A callback is called only after a send that returned NONE, and only by a running main loop.
+ * The handle is the caller's again when the call returns. @p callback may be null: no reply is wanted;
+ * it is called only where the send returns NONE. A program without service_app_main() gets its replies
+ * when it runs Ecore's loop: its first send with a callback from its main thread initialises Ecore, and
+ * leaves what the program does on signals as it is.
  *
  * APP_NOT_FOUND: no app id, or nobody of that name. LAUNCH_REJECTED: operation launch_on_event.
  * INVALID_PARAMETER: a text is not valid UTF-8, or the receiver found the request malformed.
  * PERMISSION_DENIED: refused. TIMED_OUT. IO_ERROR: no bus, or this process's app has ended.
- * LAUNCH_FAILED: anything else, such as a message larger than the bus carries.
+ * LAUNCH_FAILED: anything else, such as texts of more than 16 MiB together.
  */
 int app_control_send_launch_request(app_control_h app_control, app_control_reply_cb callback,
                                     void* user_data);
@@ -182,7 +188,7 @@ int app_control_send_launch_request(app_control_h app_control, app_control_reply
  * Returns once the answer is on its way; a sender that wanted no reply gets none, and that is NONE.
  * INVALID_PARAMETER: @p request did not arrive from another app, @p result is APP_STARTED or unknown, or
  * a text is not valid UTF-8. IO_ERROR: no bus, or this process's app has ended.
- * LAUNCH_FAILED: a message larger than the bus carries.
+ * LAUNCH_FAILED: texts of more than 16 MiB together.
  */
 int app_control_reply_to_launch_request(app_control_h reply, app_control_h request,
                                         app_control_result_e result);
