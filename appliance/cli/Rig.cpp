@@ -62,19 +62,6 @@ std::optional<int> portIn(const std::string& line)
     return usable ? std::optional<int>(json["port"].get<int>()) : std::nullopt;
 }
 
-RootLock lockOf(const Root& root)
-{
-    const std::string path = root.path.string();
-    if (const auto why = whyUnfit(root.path)) {
-        throw Failure(Exit::Usage, path + " cannot be the appliance's folder: " + *why);
-    }
-    std::optional<RootLock> lock = RootLock::take(root);
-    if (!lock) {
-        throw Failure(Exit::Failed, "an appliance already runs in " + path);
-    }
-    return std::move(*lock);
-}
-
 std::string lastWords(const RunningProgram& child)
 {
     const std::size_t linesShown = 8;
@@ -85,8 +72,8 @@ std::string lastWords(const RunningProgram& child)
 
 }  // namespace
 
-Rig::Rig(EventLoop& loop, RigOptions options)
-    : loop_(loop), options_(std::move(options)), lock_(lockOf(options_.root))
+Rig::Rig(EventLoop& loop, RootLock lock, RigOptions options)
+    : loop_(loop), lock_(std::move(lock)), options_(std::move(options))
 {
     session_.root = options_.root;
 }

@@ -26,8 +26,8 @@ class Rig {
     // Called as each program is ready: its name and what is worth knowing of it.
     using ReadyHandler = std::function<void(const std::string& name, const std::string& detail)>;
 
-    // Throws Failure when the root is unfit or taken.
-    Rig(EventLoop& loop, RigOptions options);
+    // `lock` is the lock of options.root.
+    Rig(EventLoop& loop, RootLock lock, RigOptions options);
     // Kills what stop() has not ended.
     ~Rig();
 
@@ -57,8 +57,8 @@ class Rig {
     void endAll(const std::vector<RunningProgram*>& children, std::vector<std::string>& troubles);
 
     EventLoop& loop_;
-    RigOptions options_;
     RootLock lock_;
+    RigOptions options_;
     std::optional<BusNames> names_;
     Session session_;
     ReadyHandler onReady_;

@@ -1,13 +1,14 @@
 #include "Root.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
 #include <utility>
+
+#include "Exit.h"
 
 namespace Tool {
 
@@ -20,6 +21,15 @@ bool isPlain(char byte)
     const std::string plain = "_./+,:@%=-";
     const bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
     return letter || (byte >= '0' && byte <= '9') || plain.find(byte) != std::string::npos;
+}
+
+// Open-file locks: held by one descriptor, and asking for the holder does not take them for a moment.
+struct flock wholeFile()
+{
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return lock;
 }
 
 int opened(const Root& root, int flags)
@@ -50,6 +60,13 @@ std::optional<std::string> whyUnfit(const std::filesystem::path& root)
     return std::nullopt;
 }
 
+void requireFit(const std::filesystem::path& root)
+{
+    if (const auto why = whyUnfit(root)) {
+        throw Failure(Exit::Usage, root.string() + " cannot be the appliance's folder: " + *why);
+    }
+}
+
 Root chosenRoot(const std::string& option)
 {
     const char* variable = std::getenv("APPLIANCE_ROOT");
@@ -70,10 +87,21 @@ std::optional<RootLock> RootLock::take(const Root& root)
         throw std::system_error(errno, std::generic_category(), root.lockFile().string());
     }
     RootLock lock(fd);
-    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    struct flock whole = wholeFile();
+    if (fcntl(fd, F_OFD_SETLK, &whole) != 0) {
         return std::nullopt;
     }
     return lock;
+}
+
+RootLock RootLock::claim(const Root& root)
+{
+    requireFit(root.path);
+    std::optional<RootLock> lock = take(root);
+    if (!lock) {
+        throw Failure(Exit::Failed, "an appliance already runs in " + root.path.string());
+    }
+    return std::move(*lock);
 }
 
 bool RootLock::isTaken(const Root& root)
@@ -82,7 +110,8 @@ bool RootLock::isTaken(const Root& root)
     if (fd < 0) {
         return false;
     }
-    const bool taken = flock(fd, LOCK_SH | LOCK_NB) != 0;
+    struct flock whole = wholeFile();
+    const bool taken = fcntl(fd, F_OFD_GETLK, &whole) == 0 && whole.l_type != F_UNLCK;
     close(fd);
     return taken;
 }

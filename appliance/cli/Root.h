@@ -26,6 +26,9 @@ std::filesystem::path buildFolder();
 // command and builds their paths in 128 bytes.
 std::optional<std::string> whyUnfit(const std::filesystem::path& root);
 
+// Throws Failure (Usage) for an unfit root.
+void requireFit(const std::filesystem::path& root);
+
 // The root that is meant: the option, else APPLIANCE_ROOT, else the build folder's own. Absolute.
 Root chosenRoot(const std::string& option);
 
@@ -36,6 +39,11 @@ class RootLock {
     // Throws std::system_error when the folder cannot be written.
     static std::optional<RootLock> take(const Root& root);
 
+    // The same for a root that is to be used: throws Failure (Usage) when it is unfit for the service, and
+    // Failure (Failed) when another process holds the lock.
+    static RootLock claim(const Root& root);
+
+    // Whether a process holds the lock, this one included.
     static bool isTaken(const Root& root);
 
     RootLock(RootLock&& other) noexcept;

@@ -61,6 +61,15 @@ bool endsInTime(pid_t pid)
     return ended;
 }
 
+// The root of a run, by the path of its first picture.
+std::string rootOfRun(const std::string& output)
+{
+    const std::size_t start = output.find('/', output.find("✓ picture 1"));
+    const std::string picture = output.substr(start, output.find('\n', start) - start);
+    EXPECT_TRUE(has(picture, "/media/tmp/")) << output;
+    return picture.substr(0, picture.find("/media/tmp/"));
+}
+
 // A running appliance in a root of the test's own.
 class ARunningAppliance : public testing::Test {
   protected:
@@ -104,10 +113,7 @@ TEST(ARun, ShowsASearchAndLeavesNothingBehind)
     EXPECT_EQ(count(run.output, "✓ picture"), 6U) << run.output;
     EXPECT_TRUE(has(run.output, "db/nuvex/e-commerce/response = 1"));
     EXPECT_FALSE(has(run.output, "\x1B"));
-    const std::size_t start = run.output.find('/', run.output.find("✓ picture 1"));
-    const std::string picture = run.output.substr(start, run.output.find('\n', start) - start);
-    ASSERT_TRUE(has(picture, "/media/tmp/")) << picture;
-    EXPECT_FALSE(std::filesystem::exists(picture.substr(0, picture.find("/media/tmp/"))));
+    EXPECT_FALSE(std::filesystem::exists(rootOfRun(run.output)));
 }
 
 TEST(ARun, SearchesWhereAndForWhatItIsTold)
@@ -152,6 +158,30 @@ TEST(ARun, ThatTakesTooLongEnds)
     const Ended run = tool({"run", "--timeout", "1", "milk ~image-stall"});
     EXPECT_EQ(run.status, 4);
     EXPECT_TRUE(has(run.errors, "came in time")) << run.errors;
+}
+
+const char LongSearch[] = "milk ~image-stall=2,3,4,5,6";
+
+TEST(ARun, ThatIsInterruptedCleansUp)
+{
+    ChildProcess run({APPLIANCE_TOOL, "run", LongSearch});
+    ASSERT_TRUE(run.waitForOutput("✓ picture 1  ")) << run.errors();
+    const std::string root = rootOfRun(run.output());
+    EXPECT_TRUE(std::filesystem::exists(root));
+    run.signal(SIGINT);
+    EXPECT_EQ(run.wait().status, 130) << run.errors();
+    EXPECT_FALSE(std::filesystem::exists(root));
+}
+
+TEST(ARun, RemovesWhatAKilledOneLeftBehind)
+{
+    ChildProcess run({APPLIANCE_TOOL, "run", LongSearch});
+    ASSERT_TRUE(run.waitForOutput("✓ picture 1  ")) << run.errors();
+    const std::string root = rootOfRun(run.output());
+    run.signal(SIGKILL);
+    run.wait();
+    EXPECT_EQ(tool({"run", "--no-pictures"}).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(root));
 }
 
 TEST_F(ARunningAppliance, AnswersSearchesOfThisAndThat)

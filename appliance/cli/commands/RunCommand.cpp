@@ -1,8 +1,11 @@
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "Commands.h"
 #include "Rig.h"
@@ -14,6 +17,18 @@ namespace Tool {
 
 namespace {
 
+// While it lives no other run makes or removes folders.
+class Turn {
+  public:
+    Turn() : fd_(open(buildFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) { flock(fd_, LOCK_EX); }
+    ~Turn() { close(fd_); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+  private:
+    int fd_;
+};
+
 // A folder of its own for one run, gone with the object.
 class RunFolder {
   public:
@@ -22,40 +37,45 @@ class RunFolder {
     RunFolder(const RunFolder&) = delete;
     RunFolder& operator=(const RunFolder&) = delete;
 
-    Root root() const { return {path_}; }
+    const Root& root() const { return root_; }
+    RootLock takeLock() { return std::move(*lock_); }
 
   private:
-    std::filesystem::path path_;
+    Root root_;
+    std::optional<RootLock> lock_;
 };
 
-// What a run that was killed has left behind.
+// What killed runs have left behind.
 void removeAbandoned(const std::filesystem::path& parent)
 {
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(parent, ignored)) {
-        const Root root{entry.path()};
-        if (std::filesystem::exists(root.lockFile(), ignored) && !RootLock::isTaken(root)) {
-            std::filesystem::remove_all(root.path, ignored);
+        if (!RootLock::isTaken({entry.path()})) {
+            std::filesystem::remove_all(entry.path(), ignored);
         }
     }
 }
 
 RunFolder::RunFolder(const std::filesystem::path& parent)
 {
+    std::string name = (parent / "XXXXXX").string();
+    requireFit(name);
+    const Turn turn;
     std::filesystem::create_directories(parent);
     removeAbandoned(parent);
-    std::string name = (parent / "XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
         throw Failure(Exit::Failed, "cannot make a folder in " + parent.string());
     }
-    path_ = name;
+    root_.path = name;
+    lock_.emplace(RootLock::claim(root_));
 }
 
 RunFolder::~RunFolder()
 {
+    const Turn turn;
     std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-    std::filesystem::remove(path_.parent_path(), ignored);  // only where no other run has its folder there
+    std::filesystem::remove_all(root_.path, ignored);
+    std::filesystem::remove(root_.path.parent_path(), ignored);  // only where no other run has a folder there
 }
 
 void printStatus(const SearchResult& result, const Root& root, bool json)
@@ -88,9 +108,9 @@ Exit searchIn(EventLoop& loop, Rig& rig, const Root& root, const SearchArguments
 
 Exit run(const SearchArguments& arguments)
 {
-    const RunFolder folder(buildFolder() / "run");
+    RunFolder folder(buildFolder() / "run");
     EventLoop loop;
-    Rig rig(loop, {folder.root(), {}});
+    Rig rig(loop, folder.takeLock(), {folder.root(), {}});
     const auto stop = [&rig] {
         const std::vector<std::string> troubles = rig.stop();
         for (const std::string& trouble : troubles) {

@@ -89,7 +89,7 @@ Exit up(const UpArguments& arguments)
     const Root root = chosenRoot(arguments.root);
     EventLoop loop;
     Rig rig(
-        loop,
+        loop, RootLock::claim(root),
         {root, {"--confirm", arguments.confirm, "--confirm-after", std::to_string(arguments.confirmAfter)}});
     try {
         rig.start(printReady);
