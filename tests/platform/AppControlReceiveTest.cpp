@@ -91,6 +91,22 @@ TEST_F(ARunningApp, RefusesExtrasOfOtherTypesAndDoesNotSeeTheRequest)
     EXPECT_EQ(app.output().find("wrong type"), std::string::npos);
 }
 
+TEST_F(ARunningApp, GetsWhatItCouldNotAddItself)
+{
+    const Extras extras{{"", std::string("no key")},
+                        {"__AUL_KEY", std::string("hidden")},
+                        {"empty", std::string()},
+                        {"list", std::vector<std::string>{}}};
+    RawPeer peer;
+    EXPECT_EQ(peer.launch(AppId, "odd", 0, extras), "");
+    EXPECT_EQ(peer.launch(AppId, "last"), "");
+    EXPECT_TRUE(app.waitForOutput("request last"));
+    EXPECT_NE(
+        app.output().find("no reply wanted\n  '' = '' -22\n  'empty' = '' 0\n  'list' has 0\nrequest last"),
+        std::string::npos)
+        << app.output();
+}
+
 TEST_F(ARunningApp, HandlesRequestsInTheOrderOfArrival)
 {
     RawPeer peer;

@@ -1,113 +1,34 @@
-// What a program that is no app sends, and the replies that its main loop gets.
-#include <Ecore.h>
+// What a program that is no app sends, and what it is told when that fails.
 #include <app_control.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <atomic>
-#include <deque>
 #include <future>
-#include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "ChildProcess.h"
 #include "PrivateBus.h"
 #include "RawPeer.h"
 #include "ScratchRoot.h"
+#include "Tool.h"
 
 namespace {
 
+using TestSupport::AppId;
 using TestSupport::ChildProcess;
-using TestSupport::Extras;
+using TestSupport::ErrorPrefix;
+using TestSupport::loopUntil;
+using TestSupport::onReply;
+using TestSupport::PeerId;
 using TestSupport::PrivateBus;
 using TestSupport::RawPeer;
-
-const char* const AppId = "org.example.test-app";
-const char* const PeerId = "org.example.peer";
-const std::string ErrorPrefix = "org.freedesktop.DBus.Error.";
-
-class Request {
-  public:
-    explicit Request(const char* appId, const char* operation = "operation")
-    {
-        app_control_create(&handle_);
-        app_control_set_app_id(handle_, appId);
-        app_control_set_operation(handle_, operation);
-    }
-    ~Request() { app_control_destroy(handle_); }
-    Request(const Request&) = delete;
-    Request& operator=(const Request&) = delete;
-
-    operator app_control_h() const { return handle_; }
-
-    int send(app_control_reply_cb callback = nullptr, void* data = nullptr) const
-    {
-        return app_control_send_launch_request(handle_, callback, data);
-    }
-
-  private:
-    app_control_h handle_ = nullptr;
-};
-
-std::string extraOf(app_control_h handle, const char* key)
-{
-    char* text = nullptr;
-    app_control_get_extra_data(handle, key, &text);
-    std::string copy = text ? text : "(none)";
-    free(text);
-    return copy;
-}
-
-int countExtras(app_control_h handle)
-{
-    int count = 0;
-    const auto visit = [](app_control_h, const char*, void* data) { return ++*static_cast<int*>(data) > 0; };
-    app_control_foreach_extra_data(handle, visit, &count);
-    return count;
-}
-
-struct Replies {
-    int count = 0;
-    int extras = -1;
-    app_control_result_e result = APP_CONTROL_RESULT_APP_STARTED;
-    std::string requestText;
-    std::string replyText;
-    std::thread::id thread;
-};
-
-std::deque<Replies> allReplies;
-
-void onReply(app_control_h request, app_control_h reply, app_control_result_e result, void* data)
-{
-    auto* replies = static_cast<Replies*>(data);
-    ++replies->count;
-    replies->result = result;
-    replies->requestText = extraOf(request, "text");
-    replies->replyText = extraOf(reply, "text");
-    replies->extras = countExtras(reply);
-    replies->thread = std::this_thread::get_id();
-}
-
-Eina_Bool onTimeOut(void* over)
-{
-    *static_cast<bool*>(over) = true;
-    return ECORE_CALLBACK_CANCEL;
-}
-
-template <typename Condition>
-bool loopUntil(Condition condition)
-{
-    bool over = false;
-    Ecore_Timer* timer =
-        ecore_timer_add(std::chrono::seconds(TestSupport::Patience).count(), onTimeOut, &over);
-    while (!condition() && !over)
-        ecore_main_loop_iterate_may_block(1);
-    if (!over)
-        ecore_timer_del(timer);
-    return condition();
-}
+using TestSupport::Replies;
+using TestSupport::Request;
 
 class ASend : public testing::Test {
   protected:
@@ -291,163 +212,15 @@ TEST_F(ASend, StartsAnAppThatTheBusKnowsHowToStart)
     EXPECT_TRUE(TestSupport::waitForName(AppId, false));
 }
 
-class AReply : public testing::Test {
-  protected:
-    std::uint32_t sendToPeer()
-    {
-        const Request request(PeerId);
-        app_control_add_extra_data(request, "text", "question");
-        EXPECT_EQ(request.send(onReply, &replies), APP_CONTROL_ERROR_NONE);
-        const auto launch = peer.nextLaunch();
-        sender = launch->sender;
-        EXPECT_NE(launch->id, 0U);
-        return launch->id;
+TEST_F(ASend, LeavesTheSignalsOfTheProgramAlone)
+{
+    RawPeer peer(PeerId);
+    ASSERT_EQ(Request(PeerId).send(onReply, &TestSupport::lastingReplies()), APP_CONTROL_ERROR_NONE);
+    for (const int number : {SIGCHLD, SIGINT, SIGTERM, SIGUSR1}) {
+        struct sigaction action {};
+        sigaction(number, nullptr, &action);
+        EXPECT_EQ(action.sa_handler, SIG_DFL) << number;
     }
-
-    // Lets the loop run everything that came before an answer to another request.
-    void letEverythingArrive()
-    {
-        const Request probe(PeerId, "probe");
-        Replies answered;
-        EXPECT_EQ(probe.send(onReply, &answered), APP_CONTROL_ERROR_NONE);
-        EXPECT_EQ(peer.reply(sender, peer.nextLaunch()->id), "");
-        EXPECT_TRUE(loopUntil([&] { return answered.count == 1; }));
-    }
-
-    PrivateBus bus;
-    RawPeer peer{PeerId};
-    // Not destroyed with the test: a reply that is still awaited then fails with the bus.
-    Replies& replies = allReplies.emplace_back();
-    std::string sender;
-};
-
-TEST_F(AReply, ComesOnTheMainLoopWithItsRequest)
-{
-    const std::uint32_t id = sendToPeer();
-    EXPECT_EQ(peer.reply(sender, id, APP_CONTROL_RESULT_CANCELED, {{"text", std::string("answer")}}), "");
-    EXPECT_EQ(replies.count, 0);
-    ASSERT_TRUE(loopUntil([&] { return replies.count == 1; }));
-    EXPECT_EQ(replies.result, APP_CONTROL_RESULT_CANCELED);
-    EXPECT_EQ(replies.requestText, "question");
-    EXPECT_EQ(replies.replyText, "answer");
-    EXPECT_EQ(replies.thread, std::this_thread::get_id());
-}
-
-TEST_F(AReply, CountsOnlyOnce)
-{
-    const std::uint32_t id = sendToPeer();
-    EXPECT_EQ(peer.reply(sender, id), "");
-    EXPECT_EQ(peer.reply(sender, id, APP_CONTROL_RESULT_FAILED), ErrorPrefix + "AccessDenied");
-    letEverythingArrive();
-    EXPECT_EQ(replies.count, 1);
-    EXPECT_EQ(replies.result, APP_CONTROL_RESULT_SUCCEEDED);
-}
-
-TEST_F(AReply, OfAForgedIdOrAnotherConnectionIsRefused)
-{
-    const std::uint32_t id = sendToPeer();
-    RawPeer stranger;
-    EXPECT_EQ(stranger.reply(sender, id), ErrorPrefix + "AccessDenied");
-    EXPECT_EQ(peer.reply(sender, id + 1), ErrorPrefix + "AccessDenied");
-    EXPECT_EQ(peer.reply(sender, 0), ErrorPrefix + "AccessDenied");
-    letEverythingArrive();
-    EXPECT_EQ(replies.count, 0);
-    EXPECT_EQ(peer.reply(sender, id), "");
-    EXPECT_TRUE(loopUntil([&] { return replies.count == 1; }));
-}
-
-TEST_F(AReply, ThatIsMalformedIsRefusedAndMayBeMadeAgain)
-{
-    const std::uint32_t id = sendToPeer();
-    EXPECT_EQ(peer.reply(sender, id, 0, {{"number", std::int32_t{1}}}), ErrorPrefix + "InvalidArgs");
-    for (const int result : {APP_CONTROL_RESULT_APP_STARTED + 0, 2, -3})
-        EXPECT_EQ(peer.reply(sender, id, result), ErrorPrefix + "InvalidArgs");
-    EXPECT_EQ(peer.reply(sender, id), "");
-    EXPECT_TRUE(loopUntil([&] { return replies.count == 1; }));
-}
-
-TEST_F(AReply, ComesForEachSendOfManyThreads)
-{
-    ChildProcess app({TEST_APP});
-    ASSERT_TRUE(TestSupport::waitForName(AppId));
-    Replies all[4];
-    // The first send of the main thread opens the loop for the others.
-    ASSERT_EQ(Request(AppId, "echo").send(onReply, &all[0]), APP_CONTROL_ERROR_NONE);
-    std::vector<std::thread> threads;
-    for (Replies& own : all) {
-        threads.emplace_back([&own] {
-            for (int i = 0; i < 50; ++i)
-                EXPECT_EQ(Request(AppId, "echo").send(onReply, &own), APP_CONTROL_ERROR_NONE);
-        });
-    }
-    EXPECT_TRUE(
-        loopUntil([&] { return all[0].count + all[1].count + all[2].count + all[3].count == 4 * 50 + 1; }));
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(all[3].count, 50);
-}
-
-TEST_F(AReply, IsAFailureWhenTheReceiverLeavesTheBus)
-{
-    ChildProcess app({TEST_APP});
-    ASSERT_TRUE(TestSupport::waitForName(AppId));
-    ASSERT_EQ(Request(AppId, "keep").send(onReply, &replies), APP_CONTROL_ERROR_NONE);
-    app.signal(SIGKILL);
-    ASSERT_TRUE(loopUntil([&] { return replies.count == 1; }));
-    EXPECT_EQ(replies.result, APP_CONTROL_RESULT_FAILED);
-    EXPECT_EQ(replies.extras, 0);
-}
-
-TEST_F(AReply, IsAFailureWhenTheReceiverRefusesToStart)
-{
-    ChildProcess app({TEST_APP, "wait and refuse"});
-    ASSERT_TRUE(app.waitForOutput("waiting"));
-    ASSERT_EQ(Request(AppId, "echo").send(onReply, &replies), APP_CONTROL_ERROR_NONE);
-    app.signal(SIGUSR1);
-    ASSERT_TRUE(loopUntil([&] { return replies.count == 1; }));
-    EXPECT_EQ(replies.result, APP_CONTROL_RESULT_FAILED);
-}
-
-TEST_F(AReply, ComesOnceWhenTheReceiverAnswersAndLeavesAtOnce)
-{
-    for (int round = 0; round < 20; ++round) {
-        ChildProcess app({TEST_APP});
-        ASSERT_TRUE(TestSupport::waitForName(AppId));
-        Replies own;
-        const int code = Request(AppId, "answer and die").send(onReply, &own);
-        ASSERT_EQ(code, APP_CONTROL_ERROR_NONE);
-        ASSERT_TRUE(loopUntil([&] { return own.count > 0; }));
-        EXPECT_EQ(own.result, APP_CONTROL_RESULT_SUCCEEDED);
-        app.wait();
-        ASSERT_TRUE(TestSupport::waitForName(AppId, false));
-        sendToPeer();
-        letEverythingArrive();
-        EXPECT_EQ(own.count, 1);
-    }
-}
-
-TEST_F(AReply, CountsOnceWhenTheAppAnswersTwice)
-{
-    ChildProcess app({TEST_APP});
-    ASSERT_TRUE(TestSupport::waitForName(AppId));
-    ASSERT_EQ(Request(AppId, "answer twice").send(onReply, &replies), APP_CONTROL_ERROR_NONE);
-    ASSERT_TRUE(app.waitForOutput("answers 0 0"));
-    sendToPeer();
-    letEverythingArrive();
-    EXPECT_EQ(replies.count, 1);
-    EXPECT_EQ(replies.result, APP_CONTROL_RESULT_SUCCEEDED);
-}
-
-TEST_F(AReply, WaitsForTheMainLoopOfAProgramWhoseWorkerSentFirst)
-{
-    std::thread([this] {
-        EXPECT_EQ(Request(PeerId).send(onReply, &replies), APP_CONTROL_ERROR_NONE);
-    }).join();
-    const auto launch = peer.nextLaunch();
-    EXPECT_EQ(peer.reply(launch->sender, launch->id), "");
-    EXPECT_EQ(replies.count, 0);
-    sendToPeer();
-    EXPECT_TRUE(loopUntil([&] { return replies.count == 1; }));
 }
 
 }  // namespace

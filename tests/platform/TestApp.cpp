@@ -122,6 +122,24 @@ int answer(app_control_h request, app_control_result_e result)
     return code;
 }
 
+bool describeExtra(app_control_h request, const char* key, void*)
+{
+    bool list = false;
+    char** texts = nullptr;
+    int length = -1;
+    const int code = app_control_is_extra_data_array(request, key, &list);
+    if (!list) {
+        say("  '" + std::string(key) + "' = '" + extraOf(request, key) + "' " + std::to_string(code));
+        return true;
+    }
+    app_control_get_extra_data_array(request, key, &texts, &length);
+    say("  '" + std::string(key) + "' has " + std::to_string(length));
+    for (int i = 0; i < length; ++i)
+        free(texts[i]);
+    free(texts);
+    return true;
+}
+
 void answerTwice(app_control_h request)
 {
     const int first = answer(request, APP_CONTROL_RESULT_SUCCEEDED);
@@ -143,6 +161,7 @@ void describe(app_control_h request)
     line += " app_id=" + take(text);
     app_control_is_reply_requested(request, &wanted);
     say(line + (wanted ? " reply wanted" : " no reply wanted"));
+    app_control_foreach_extra_data(request, describeExtra, nullptr);
 }
 
 void sendMany(const std::string& appId, int count)
