@@ -1,20 +1,61 @@
 #include "LogLine.h"
 
-#include <regex>
+#include <algorithm>
+#include <charconv>
+#include <string_view>
 
 #include "Terminal.h"
 
 namespace Tool {
 
+namespace {
+
+constexpr std::string_view Priorities = "VDIWEF";
+constexpr std::string_view GivenUp = "Failed to startDownload for index ";
+
+// The whole text as a number without a sign.
+template <typename Number>
+std::optional<Number> numberFrom(std::string_view text)
+{
+    Number value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    const bool whole = error == std::errc() && stop == end && text[0] != '-';
+    return whole ? std::optional<Number>(value) : std::nullopt;
+}
+
+std::string_view withoutBlanksInFront(std::string_view text)
+{
+    return text.substr(std::min(text.find_first_not_of(' '), text.size()));
+}
+
+std::string_view withoutBlanksBehind(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+}  // namespace
+
 std::optional<LogLine> parseLogLine(const std::string& line)
 {
-    static const std::regex form("([VDIWEF])/(.*?) *\\( *([0-9]{1,9})\\): ?");
-    std::smatch match;
-    if (!std::regex_search(line, match, form, std::regex_constants::match_continuous)) {
+    const std::string_view text = line;
+    const std::size_t open = text.find('(');
+    const std::size_t close = text.find("):", open);
+    const bool hasForm = text.size() > 2 && Priorities.find(text[0]) != std::string_view::npos &&
+                         text[1] == '/' && close != std::string_view::npos;
+    if (!hasForm) {
         return std::nullopt;
     }
-    const std::string text = line.substr(static_cast<std::size_t>(match.length(0)));
-    return LogLine{line[0], match[2], std::stoi(match[3]), printable(withoutColours(text))};
+    const auto pid = numberFrom<int>(withoutBlanksInFront(text.substr(open + 1, close - open - 1)));
+    if (!pid) {
+        return std::nullopt;
+    }
+    const std::string_view tag = withoutBlanksBehind(text.substr(2, open - 2));
+    std::string message(text.substr(close + 2));
+    if (!message.empty() && message[0] == ' ') {
+        message.erase(0, 1);
+    }
+    return LogLine{line[0], std::string(tag), *pid, printable(withoutColours(message))};
 }
 
 std::string messageOf(const LogLine& line)
@@ -31,13 +72,11 @@ bool isServiceError(const LogLine& line)
 
 std::optional<std::size_t> pictureGivenUp(const LogLine& line)
 {
-    static const std::regex form("Failed to startDownload for index ([0-9]{1,9})");
     const std::string message = messageOf(line);
-    std::smatch match;
-    if (!isServiceError(line) || !std::regex_match(message, match, form)) {
+    if (!isServiceError(line) || message.rfind(GivenUp, 0) != 0) {
         return std::nullopt;
     }
-    return std::stoul(match[1]);
+    return numberFrom<std::size_t>(std::string_view(message).substr(GivenUp.size()));
 }
 
 }  // namespace Tool

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 #include <new>
-#include <regex>
+#include <sstream>
 
 namespace Tool {
 
@@ -57,14 +57,17 @@ void Table::addRow(const std::vector<std::string>& cells)
 
 std::string Table::text() const
 {
-    static const std::regex blanksAtEnd(" +(?=\n|$)");
     char* data = nullptr;
     if (scols_print_table_to_string(table_.get(), &data) != 0 || data == nullptr) {
         throw std::bad_alloc();
     }
-    std::string text = data;
+    std::istringstream lines(data);
     std::free(data);
-    return std::regex_replace(text, blanksAtEnd, "") + "\n";
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    }
+    return text;
 }
 
 }  // namespace Tool

@@ -6,7 +6,7 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <regex>
+#include <string_view>
 
 namespace Tool {
 
@@ -14,10 +14,14 @@ namespace {
 
 const char ReplacementCharacter[] = "\xEF\xBF\xBD";
 
-const std::regex& colourSequence()
+// How long the SGR sequence (ESC [ digits and semicolons m) at this place is; 0 where there is none.
+std::size_t colourLength(std::string_view text, std::size_t at)
 {
-    static const std::regex sequence("\x1B\\[[0-9;]*m");
-    return sequence;
+    if (text.substr(at, 2) != "\x1B[") {
+        return 0;
+    }
+    const std::size_t end = text.find_first_not_of("0123456789;", at + 2);
+    return end != std::string_view::npos && text[end] == 'm' ? end + 1 - at : 0;
 }
 
 std::string coloured(bool colour, const char* code, const std::string& text)
@@ -98,7 +102,15 @@ Style styleOf(int fd)
 
 std::string withoutColours(const std::string& text)
 {
-    return std::regex_replace(text, colourSequence(), "");
+    std::string plain;
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = colourLength(text, i);
+        if (length == 0) {
+            plain += text[i];
+        }
+        i += length == 0 ? 1 : length;
+    }
+    return plain;
 }
 
 std::string printable(const std::string& text)
@@ -123,10 +135,13 @@ std::string printableWithColours(const std::string& text)
 {
     std::string clean;
     std::size_t done = 0;
-    for (std::sregex_iterator at(text.begin(), text.end(), colourSequence()), end; at != end; ++at) {
-        const auto start = static_cast<std::size_t>(at->position());
-        clean += printable(text.substr(done, start - done)) + at->str();
-        done = start + static_cast<std::size_t>(at->length());
+    for (std::size_t at = 0; (at = text.find('\x1B', at)) != std::string::npos;) {
+        const std::size_t length = colourLength(text, at);
+        if (length > 0) {
+            clean += printable(text.substr(done, at - done)) + text.substr(at, length);
+            done = at + length;
+        }
+        at += length == 0 ? 1 : length;
     }
     return clean + printable(text.substr(done));
 }
