@@ -150,16 +150,16 @@ int __wrap_nanosleep(const timespec* time, timespec* rest)
                         [&] { return __real_nanosleep(time, rest); });
 }
 
-// No system call has more than six arguments; reading those that were not given does no harm here.
+// None of the calls made through it here has more than the five arguments that come in registers, where
+// reading those that were not given does no harm.
 long __wrap_syscall(long number, ...)
 {
-    long words[6];
+    long words[5];
     va_list arguments;
     va_start(arguments, number);
     for (long& word : words)
         word = va_arg(arguments, long);
     va_end(arguments);
-    return observe("syscall", {std::to_string(number)}, [&] {
-        return __real_syscall(number, words[0], words[1], words[2], words[3], words[4], words[5]);
-    });
+    return observe("syscall", {std::to_string(number)},
+                   [&] { return __real_syscall(number, words[0], words[1], words[2], words[3], words[4]); });
 }
