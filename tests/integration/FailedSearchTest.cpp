@@ -29,6 +29,11 @@ struct Failure {
     bool isLinked;
 };
 
+std::ostream& operator<<(std::ostream& stream, const Failure& failure)
+{
+    return stream << failure.name;
+}
+
 class World : public ServiceWorld, public testing::WithParamInterface<Failure> {
   public:
     std::string term = "milk";

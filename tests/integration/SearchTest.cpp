@@ -191,6 +191,23 @@ TEST_F(ARequest, IsHandledOnTheFirstThread)
     }
 }
 
+TEST_F(ARequest, IsNeverRepliedTo)
+{
+    constexpr std::uint32_t mark = 99;
+    client->launch(ServiceId, serviceOperation("search"), 7, {{"key_merchant", "freshmart"}});
+    client->launch(ServiceId, serviceOperation("show"), 8);
+    client->launch(ServiceId, serviceOperation("result"), 9);
+    ui->nextResult();
+    stopService();
+    ASSERT_TRUE(TestSupport::waitForName(ServiceId, false));
+
+    // Whatever the service sent has come when this does.
+    EXPECT_EQ(TestSupport::RawPeer().reply(client->uniqueName(), mark), "");
+    const auto first = client->nextReply();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->id, mark);
+}
+
 }  // namespace
 
 }  // namespace ServiceTest
