@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "DBControl.h"
@@ -64,6 +66,11 @@ class ServiceTest : public SearchControlFixture {
 };
 
 }  // namespace
+
+// Its owner deletes it through a pointer; it keeps nothing itself.
+static_assert(std::has_virtual_destructor_v<Service>);
+static_assert(std::has_virtual_destructor_v<SearchControl>);
+static_assert(sizeof(Service) == sizeof(void*));
 
 TEST_F(ServiceTest, CreateWritesTheFirstStatusRecord)
 {

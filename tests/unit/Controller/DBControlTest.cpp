@@ -4,10 +4,14 @@
 #include <sqlite3.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <vector>
 
 #include "Calls.h"
+#include "Latch.h"
 #include "LeakCheck.h"
 #include "ScratchRoot.h"
 #include "SearchControlFixture.h"
@@ -361,6 +365,27 @@ TEST_F(LocalStorageTest, ARowOfAnotherWidthIsRefused)
     EXPECT_EQ(loggedErrors(), Texts{"getTextValueFromTextKey: Invalid column count: 2"});
     EXPECT_EQ(Calls::count("sqlite3_finalize"), 1u);
     EXPECT_EQ(Calls::count("sqlite3_close"), 1u);
+}
+
+// The partner app may be writing at that moment; it is waited for.
+TEST_F(LocalStorageTest, AStoreThatIsLockedIsWaitedFor)
+{
+    store("key", "x'61'");
+    sqlite3* partner = nullptr;
+    ASSERT_EQ(sqlite3_open(localStorage().c_str(), &partner), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(partner, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+
+    const auto isAsked = std::make_shared<Latch>();
+    Calls::reset();
+    Calls::before("sqlite3_prepare_v2", [isAsked] { isAsked->open(); });
+    std::thread writer([&] {
+        isAsked->wait();
+        sqlite3_exec(partner, "COMMIT", nullptr, nullptr, nullptr);
+    });
+    EXPECT_EQ(DBControl::getTextValueFromTextKey("key"), "a");
+    EXPECT_EQ(loggedErrors(), Texts());
+    writer.join();
+    sqlite3_close_v2(partner);
 }
 
 }  // namespace Carvoy

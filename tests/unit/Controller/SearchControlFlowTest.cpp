@@ -319,6 +319,13 @@ TEST_F(SearchControlFlowTest, InitForgetsTheResult)
     EXPECT_EQ(message.lists.size(), 0u);
 }
 
+TEST_F(SearchControlFlowTest, InitReturnsWhatWipingThePicturesReturned)
+{
+    EXPECT_EQ(search_->init(), 0);
+    Calls::fail("system", 256);
+    EXPECT_EQ(search_->init(), 256);
+}
+
 TEST_F(SearchControlFlowTest, TheRequestItselfGivesTheBodyOfAGoodAnswerOnly)
 {
     // Before any search there is nothing to ask for.

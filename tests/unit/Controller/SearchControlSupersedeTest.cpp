@@ -219,6 +219,20 @@ TEST_F(SearchControlSupersedeTest, ANewerSearchIsNotReadyBecauseTheOlderOneWas)
     EXPECT_EQ(sentImages().size(), 2u);
 }
 
+// A confirmation does not tell which result it is for.
+TEST_F(SearchControlSupersedeTest, AConfirmationOfTheOlderResultCountsForTheNewerSearch)
+{
+    answerWithPictures({addPicture(OLD, "old picture")});
+    search("old");
+    const SentMessage older = result();
+    answerWithPictures({addPicture(NEW, "new picture")});
+    search("new");
+    older.answer(APP_CONTROL_RESULT_SUCCEEDED);
+    ASSERT_TRUE(waitForImages(1));
+    EXPECT_EQ(readFile(imageFile("1.png")), "new picture");
+    EXPECT_EQ(sentImages().size(), 1u);
+}
+
 TEST_F(SearchControlSupersedeTest, ManySearchesInARowLeaveOnlyTheLast)
 {
     constexpr int COUNT = 20;
