@@ -1,153 +1,28 @@
-// Product images: names, records, files on the disk, and what each failure leaves behind.
+// Product images: records, files on the disk, and what each failure leaves behind.
 #include "ImageCurlDownloader.h"
 
 #include <curl/curl.h>
 #include <sys/stat.h>
-#include <tzplatform_config.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <ostream>
-#include <sstream>
 
-#include "ChildProcess.h"
-#include "HttpServer.h"
-#include "ObservedTest.h"
+#include "ImageDownloadFixture.h"
 
 namespace fs = std::filesystem;
 using TestSupport::Call;
 using TestSupport::Calls;
-using TestSupport::ChildProcess;
 using Util::ImageCurlDownloader;
 
 namespace {
 
-using List = std::vector<std::string>;
-
 const List kEnd = {"fflush", "fsync", "fclose", "sync", "curl_easy_cleanup"};
-
-bool openGate(const std::function<void()>& step)
-{
-    step();
-    return true;
-}
 
 bool closedGate(const std::function<void()>&)
 {
     return false;
-}
-
-const std::string& folder()
-{
-    static const std::string path = tzplatform_mkpath(TZ_USER_CONTENT, "tmp");
-    return path;
-}
-
-std::string fileOf(const std::string& name)
-{
-    return folder() + "/" + name;
-}
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-// The names in the image directory, in byte order.
-List files()
-{
-    List names;
-    std::error_code none;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder(), none))
-        names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-class ImageDownload : public ObservedTest {
-  protected:
-    ImageDownload()
-    {
-        const auto picture = [this](const httplib::Request&, httplib::Response& response) {
-            response.set_content(picture_, "image/png");
-        };
-        server.answer("/missing.png", 404, "no such picture");
-        server.answer("/created.png", 201, "new");
-        server.answer("/empty.png", 200, "");
-        server.answer("/other.png", 200, "other");
-        server.breakOff("/broken.png", "half of it");
-        server.redirect("/moved.png", "/milk.png");
-        server.redirect("/lost.png", "/missing.png");
-        redirects();
-        server.Get(".*", picture);
-        server.start();
-        Calls::reset();
-    }
-
-    bool start(int id, const std::string& path)
-    {
-        return downloader.startDownload(id, server.url(path).c_str(), openGate);
-    }
-
-    // What ended up on the disk for the path, and nothing else.
-    List filesAfter(const std::string& path)
-    {
-        downloader.clearAllDownloadedImages();
-        start(10, path);
-        return files();
-    }
-
-    const std::string& picture() const { return picture_; }
-
-    HttpServer server;
-    ImageCurlDownloader downloader;
-
-  private:
-    // "/again/N.png" leads to N-1 and so on to the picture.
-    void redirects()
-    {
-        server.Get(R"(/again/(\d+)\.png)",
-                   [this](const httplib::Request& request, httplib::Response& response) {
-                       const int left = std::stoi(request.matches[1]);
-                       if (left == 0)
-                           response.set_content(picture_, "image/png");
-                       else
-                           response.set_redirect("/again/" + std::to_string(left - 1) + ".png");
-                   });
-    }
-
-    const std::string picture_ = std::string("\x89PNG\r\n\x1A\n\0\0", 10) + std::string(100'000, '\xA5');
-};
-
-struct Name {
-    std::string path;
-    std::string file;
-};
-
-void PrintTo(const Name& name, std::ostream* out)
-{
-    *out << name.path;
-}
-
-class ImageName : public ImageDownload, public testing::WithParamInterface<Name> {};
-
-// A download, and what the probe said it asked of the shell and the file system.
-List probe(const std::string& imageFolder)
-{
-    ChildProcess process({IMAGE_PROBE, imageFolder}, {{"IMAGE_FOLDER", imageFolder}});
-    const TestSupport::ProcessEnd end = process.wait();
-    EXPECT_EQ(end.status, 0) << process.errors();
-    std::istringstream text(process.output());
-    List lines;
-    for (std::string line; std::getline(text, line);)
-        if (line.rfind("asked: ", 0) == 0)
-            lines.push_back(line.substr(7));
-    return lines;
 }
 
 }  // namespace
@@ -516,128 +391,4 @@ TEST_F(ImageDownload, LibcurlStaysInitialisedAsLongAsThereIsADownloader)
     }
 
     EXPECT_EQ(Calls::count("curl_global_cleanup"), 1U);
-}
-
-TEST_F(ImageDownload, AnAddressWithoutADotIsItselfTheExtensionAndCannotBeOpened)
-{
-    EXPECT_FALSE(start(10, "/milk"));
-    EXPECT_EQ(Calls::of("fopen").at(0).arguments.at(0),
-              (folder() + "/10." + server.url("/milk")).substr(0, 127));
-    EXPECT_EQ(errorMessages(), List{"Failed to open file to image data write"});
-    EXPECT_EQ(files(), List());
-}
-
-TEST_F(ImageDownload, AnEmptyAddressHasAnEmptyExtension)
-{
-    EXPECT_FALSE(downloader.startDownload(10, "", openGate));
-    EXPECT_EQ(files(), List{"10."});
-    EXPECT_EQ(errorMessages(), List{std::string("curl_easy_perform failed, result: ") +
-                                    curl_easy_strerror(CURLE_URL_MALFORMAT)});
-}
-
-TEST_F(ImageDownload, ASlashBehindTheLastDotCannotBeOpened)
-{
-    EXPECT_FALSE(start(10, "/v1.2/milk"));
-    EXPECT_EQ(Calls::of("fopen").at(0).arguments.at(0), fileOf("10.2/milk"));
-    EXPECT_EQ(errorMessages(), List{"Failed to open file to image data write"});
-    EXPECT_EQ(files(), List());
-}
-
-TEST_F(ImageDownload, NoAddressLeadsOutOfTheFolder)
-{
-    const fs::path parent = fs::path(folder()).parent_path();
-    start(10, "/a.b");  // the file "10.b", which is no folder
-    for (const std::string path : {"/x/../../../evil", "/x.b/../../evil", "/..", "/x./../evil"})
-        start(10, path);
-
-    for (const Call& call : Calls::of("fopen")) {
-        EXPECT_EQ(call.arguments.at(0).rfind(folder() + "/10.", 0), 0U);
-        EXPECT_EQ(call.arguments.at(0).find("/../"), std::string::npos);
-    }
-    EXPECT_EQ(std::distance(fs::directory_iterator(parent), fs::directory_iterator()), 1);
-}
-
-TEST_F(ImageDownload, ALongExtensionIsCutSoThatThePathHas127Bytes)
-{
-    const std::string extension(300, 'x');
-    const std::string path = fileOf("10." + extension).substr(0, 127);
-
-    EXPECT_TRUE(start(10, "/milk." + extension));
-    EXPECT_EQ(downloader.downloaded[10], path);
-    EXPECT_EQ(contentOf(path), picture());
-    EXPECT_EQ(files().size(), 1U);
-}
-
-TEST_F(ImageDownload, ALongAddressOfAKnownKindHasAShortName)
-{
-    const std::string longPath = "/" + std::string(5000, 'x') + ".png";
-
-    EXPECT_TRUE(start(10, longPath));
-    EXPECT_EQ(files(), List{"10.png"});
-}
-
-TEST_P(ImageName, IsTheIdAndWhatTheAddressSuggests)
-{
-    EXPECT_EQ(filesAfter(GetParam().path), List{GetParam().file});
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Extensions, ImageName,
-    testing::Values(Name{"/milk.gif", "10.gif"}, Name{"/milk.png", "10.png"}, Name{"/milk.jpg", "10.jpg"},
-                    Name{"/milk.jpeg", "10.jpg"}, Name{"/milk.JPEG", "10.jpg"}, Name{"/milk.JpG", "10.jpg"},
-                    Name{"/milk.PNG", "10.png"}, Name{"/milk.GIF", "10.gif"}, Name{"/milk.webp", "10.webp"},
-                    Name{"/milk.WEBP", "10.WEBP"}, Name{"/png/milk.jpg", "10.png"},
-                    Name{"/jpg/milk.gif", "10.gif"}, Name{"/jpeg.png", "10.png"},
-                    Name{"/gif/milk.png", "10.gif"}, Name{"/milk?format=PNG", "10.png"},
-                    Name{"/milk.webp#jpeg", "10.jpg"}, Name{"/ungifted.webp", "10.gif"},
-                    Name{"/milk.jpx", "10.jpx"}, Name{"/milk.jp2", "10.jp2"}, Name{"/milk.", "10."},
-                    Name{"/milk.webp?size=3&x=y", "10.webp?size=3&x=y"}, Name{"/milk.tar.bz", "10.bz"},
-                    Name{"/milk.a b", "10.a b"}, Name{"/milk.$(id)", "10.$(id)"}));
-
-TEST(ImageFolder, AShortPlainOneIsGivenToTheShell)
-{
-    const List asked = probe("/nowhere/tmp");
-
-    ASSERT_FALSE(asked.empty());
-    EXPECT_EQ(asked.front(), "system rm -rf /nowhere/tmp");
-    EXPECT_EQ(asked.back(), "system rm -rf /nowhere/tmp");
-}
-
-TEST(ImageFolder, OneThatAShellReadsAsSomethingElseIsNeverGivenToIt)
-{
-    for (const std::string path :
-         {"/tmp/a b",  "/tmp/a;id",    "/tmp/$HOME", "/tmp/`id`", "/tmp/*",   "/tmp/a'b",
-          "/tmp/a\"b", "/tmp/a\\b",    "/tmp/a\nb",  "/tmp/a|b",  "/tmp/a&b", "/tmp/~",
-          "/tmp/#",    "/tmp/(a)",     "/tmp/?",     "/tmp/[a]",  "/tmp/{a}", "/tmp/<a",
-          "/tmp/!",    "relative/tmp", "-rf",        "/",         ""}) {
-        for (const std::string& line : probe(path))
-            EXPECT_EQ(line.find("system"), std::string::npos) << path << ": " << line;
-    }
-}
-
-TEST(ImageFolder, OneWhoseCommandWouldBeCutIsNeverGivenToAShell)
-{
-    const std::string longest = "/" + std::string(127 - 7 - 1, 'x');
-
-    EXPECT_EQ(probe(longest).front(), "system rm -rf " + longest);
-    for (const std::string& line : probe(longest + "x"))
-        EXPECT_EQ(line.find("system"), std::string::npos) << line;
-}
-
-TEST(ImageFolder, OneThatLeavesNoRoomForANameIsNeverWrittenTo)
-{
-    for (const size_t size : {126U, 127U, 128U, 300U})
-        for (const std::string& line : probe("/" + std::string(size - 1, 'x')))
-            EXPECT_EQ(line.find("fopen"), std::string::npos) << size << ": " << line;
-}
-
-TEST(ImageFolder, OneThatLeavesRoomForOneByteIsStillNotLeft)
-{
-    const std::string path = "/" + std::string(124, 'x');
-
-    List opened;
-    for (const std::string& line : probe(path))
-        if (line.rfind("fopen ", 0) == 0)
-            opened.push_back(line.substr(6));
-    EXPECT_EQ(opened, List{path + "/1"});
 }

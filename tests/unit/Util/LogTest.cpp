@@ -3,8 +3,8 @@
 
 #include <sys/syscall.h>
 
-#include <cerrno>
-#include <set>
+#include <sstream>
+#include <string_view>
 #include <thread>
 
 #include "CapturedOutput.h"
@@ -226,7 +226,7 @@ TEST_F(Log, TheThreadIsTheKernelsAndAskedForOnce)
 
     const std::string number = std::to_string(SYS_gettid);
     EXPECT_EQ(Calls::count("syscall"), 1U);
-    EXPECT_EQ(Calls::of("syscall").at(0).arguments, std::vector<std::string>{number});
+    EXPECT_EQ(Calls::of("syscall").at(0).arguments, List{number});
 }
 
 TEST_F(Log, AnotherThreadGivesItsOwnId)

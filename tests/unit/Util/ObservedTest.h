@@ -9,24 +9,26 @@
 
 #include "Calls.h"
 
+using List = std::vector<std::string>;
+
 class ObservedTest : public testing::Test {
   protected:
     ObservedTest() { TestSupport::Calls::reset(); }
     ~ObservedTest() override { TestSupport::Calls::reset(); }
 
     /** The errors logged so far, as "File.cpp: function(line) > message"; another level is marked as such. */
-    static std::vector<std::string> errors()
+    static List errors()
     {
-        std::vector<std::string> texts;
+        List texts;
         for (const TestSupport::LogEntry& entry : TestSupport::Calls::log())
             texts.push_back((entry.priority == DLOG_ERROR ? "" : "no error: ") + plain(entry));
         return texts;
     }
 
     /** The same without file, function and line. */
-    static std::vector<std::string> errorMessages()
+    static List errorMessages()
     {
-        std::vector<std::string> texts;
+        List texts;
         for (const std::string& text : errors())
             texts.push_back(text.substr(text.find(" > ") + 3));
         return texts;

@@ -1,26 +1,59 @@
 #include "SourceText.h"
 
+#include <algorithm>
 #include <fstream>
 #include <regex>
 #include <sstream>
 
 namespace {
 
-// Comments become blanks, and so do quoted texts unless they are to stay; newlines stay.
-std::string stripped(const std::string& text, bool keepQuoted)
-{
-    static const std::regex pattern(R"(//[^\n]*|/\*[^]*?\*/|"(\\.|[^"\\\n])*"|'(\\.|[^'\\\n])*')");
-    std::string result = text;
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), pattern); it != std::sregex_iterator();
-         ++it) {
-        if (keepQuoted && it->str()[0] != '/')
-            continue;
-        for (size_t i = 0; i < static_cast<size_t>(it->length()); ++i)
-            if (char& byte = result[static_cast<size_t>(it->position()) + i]; byte != '\n')
-                byte = ' ';
+// What of a text is not code. Comments become blanks, and so do quoted texts unless they are to stay.
+class Stripper {
+  public:
+    explicit Stripper(bool keepQuoted) : keepsQuoted_(keepQuoted) {}
+
+    std::string strip(std::string text)
+    {
+        for (size_t i = 0; i < text.size();) {
+            const size_t end = endOfPiece(text, i);
+            const bool isQuoted = text[i] == '"' || text[i] == '\'';
+            if (end > i + 1 && !(isQuoted && keepsQuoted_))
+                blank(text, i, end);
+            i = end;
+        }
+        return text;
     }
-    return result;
-}
+
+  private:
+    // Behind the comment or quoted text that starts there, or behind the one byte of code.
+    static size_t endOfPiece(const std::string& text, size_t start)
+    {
+        if (text.compare(start, 2, "//") == 0)
+            return std::min(text.find('\n', start), text.size());
+        if (text.compare(start, 2, "/*") == 0)
+            return std::min(text.find("*/", start + 2), text.size() - 2) + 2;
+        if (text[start] == '"' || text[start] == '\'')
+            return endOfQuoted(text, start);
+        return start + 1;
+    }
+
+    static size_t endOfQuoted(const std::string& text, size_t start)
+    {
+        size_t end = start + 1;
+        while (end < text.size() && text[end] != text[start])
+            end += text[end] == '\\' ? 2 : 1;
+        return std::min(end + 1, text.size());
+    }
+
+    static void blank(std::string& text, size_t start, size_t end)
+    {
+        std::replace_if(
+            text.begin() + static_cast<ptrdiff_t>(start), text.begin() + static_cast<ptrdiff_t>(end),
+            [](char byte) { return byte != '\n'; }, ' ');
+    }
+
+    bool keepsQuoted_;
+};
 
 std::vector<std::string> linesOf(const std::string& text)
 {
@@ -135,8 +168,8 @@ SourceText SourceText::fromText(const std::string& text)
 void SourceText::read(const std::string& text)
 {
     lines_ = linesOf(text);
-    code_ = linesOf(stripped(text, true));
-    functions_ = functionsOf(stripped(text, false));
+    code_ = linesOf(Stripper(true).strip(text));
+    functions_ = functionsOf(Stripper(false).strip(text));
 }
 
 const std::string& SourceText::line(size_t number) const
