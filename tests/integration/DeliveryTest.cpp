@@ -133,6 +133,22 @@ TEST_F(ADelivery, OfPicturesWaitsUntilTheListsAreConfirmed)
     expectAllPictures();
 }
 
+TEST_F(ADelivery, OfPicturesWaitsForAConfirmationOfEachSearch)
+{
+    search("old");
+    ui->confirm(resultMessage());
+    expectAllPictures();
+    waitForPictures();
+
+    search("new");
+    expectNothingBeforeTheNextResult();
+    waitForPictures();
+    const RawMessage fresh = expectNothingBeforeTheNextResult();
+    EXPECT_EQ(ui->confirm(fresh), "");
+
+    expectAllPictures();
+}
+
 TEST_F(ADelivery, OfAPictureFollowsAtOnceWhenTheListsWereConfirmedBefore)
 {
     for (const Product& product : threeProducts())
