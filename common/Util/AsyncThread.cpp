@@ -4,6 +4,8 @@
 
 #include <Ecore.h>
 
+#include "BlockedSignals.h"
+
 namespace Util {
 
 namespace {
@@ -15,6 +17,7 @@ constexpr timespec POLL_INTERVAL = {0, 50000000};  // 50 ms
 AsyncThread::AsyncThread()
 {
     // Not in the initialiser list: the worker uses the members that are declared behind the thread.
+    BlockedSignals blocked;
     mThread = std::make_unique<std::thread>([this] { run(); });
 }
 

@@ -1,5 +1,9 @@
 #include "DownloadThreads.h"
 
+#include <utility>
+
+#include "BlockedSignals.h"
+
 namespace Carvoy {
 
 DownloadThreads::~DownloadThreads()
@@ -11,6 +15,7 @@ DownloadThreads::~DownloadThreads()
 void DownloadThreads::start(std::function<void()> download)
 {
     forgetFinished();
+    Util::BlockedSignals blocked;
     Download& added = mDownloads.emplace_back();
     try {
         added.thread = std::thread([&added, run = std::move(download)] {
