@@ -16,8 +16,8 @@ constexpr timespec POLL_INTERVAL = {0, 50000000};  // 50 ms
 
 AsyncThread::AsyncThread()
 {
-    // Not in the initialiser list: the worker uses the members that are declared behind the thread.
     BlockedSignals blocked;
+    // Not in the initialiser list: the worker uses the members that are declared behind the thread.
     mThread = std::make_unique<std::thread>([this] { run(); });
 }
 
