@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ImageCurlDownloader.h"
+#include "LockStep.h"
 #include "Products.h"
 #include "SearchControlFixture.h"
 #include "Singleton.h"
@@ -141,6 +142,24 @@ TEST_F(SearchControlDeliveryTest, PicturesWaitForTheUiAppAndLeaveInProductOrder)
     release_->open();
     EXPECT_TRUE(waitForImages(4));
     EXPECT_EQ(indices(sentImages()), (Texts{"0", "1", "2", "3"}));
+}
+
+// The download thread may find the UI app ready before the main loop has sent what waits.
+TEST_F(SearchControlDeliveryTest, APictureThatEndsWhileTheOthersAreBeingSentLeavesBehindThem)
+{
+    searchWithLastPictureHeld({"zero", "one", "two"});
+    const SentMessage message = result();
+    bool hasComeBetween = false;
+    {
+        // The main loop marks the UI app as ready, and locks again to send.
+        const LockStep step(2, [&] {
+            release_->open();
+            hasComeBetween = waitForImages(3);
+        });
+        message.callback(nullptr, nullptr, APP_CONTROL_RESULT_SUCCEEDED, message.userData);
+    }
+    EXPECT_TRUE(hasComeBetween);
+    EXPECT_EQ(indices(sentImages()), (Texts{"0", "1", "2"}));
 }
 
 TEST_F(SearchControlDeliveryTest, AnImageMessageHoldsIndexAndPathAndWantsNoReply)
