@@ -264,8 +264,8 @@ int AppControl::performAppControlSync(AppControlData& data)
     }
 
     for (const auto& [key, value] : data.getExtraDataMap()) {
-        if (!key.empty() && !value.empty())
-            error = app_control_add_extra_data(handle, key.c_str(), value.c_str());
+        bool isGiven = !key.empty() && !value.empty();
+        error = isGiven ? app_control_add_extra_data(handle, key.c_str(), value.c_str()) : 0;
         if (error != APP_CONTROL_ERROR_NONE) {
             LOG_E("Failed to add extra data");
             return error;

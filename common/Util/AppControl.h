@@ -96,6 +96,8 @@ class AppControlData {
  */
 class AppControl {
   public:
+    AppControl() = delete;
+
     /**
      * Queues a copy of `data` to be sent, in the order of the calls. A failure is logged and reported to
      * nobody. A reply (with a requested app control) is refused with a log line. Any thread.

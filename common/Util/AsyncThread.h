@@ -15,8 +15,8 @@ namespace Util {
  * pace is part of the contract, because it also spaces out what the work sends to other apps.
  *
  * Any thread may queue. The worker polls its queue; nothing wakes it. Destroying the object waits for the
- * work in progress, then drops what is still queued; completions already on their way to the main loop are
- * not called back.
+ * work in progress, then drops what is still queued; completions already on their way to the main loop
+ * still run.
  */
 class AsyncThread {
   public:

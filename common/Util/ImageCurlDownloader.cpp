@@ -61,7 +61,11 @@ std::string imagePath(int id, const std::string& url)
 FILE* openImage(const std::string& path)
 {
     mkdir(imageDirectory.c_str(), DIRECTORY_MODE);
-    return path.empty() ? nullptr : fopen(path.c_str(), "w");
+    if (path.empty())
+        return nullptr;
+    // Where the directory could not be wiped, the file may be one that an earlier search still writes.
+    unlink(path.c_str());
+    return fopen(path.c_str(), "w");
 }
 
 /** Fetches `url` into `file`. Throws the text that tells why it did not come to that. */
@@ -92,7 +96,7 @@ void fetch(CURL* curl, const char* url, FILE* file)
 /** True if a shell takes the path for one word that means itself. */
 bool isPlainPath(const std::string& path)
 {
-    auto isPlain = [](unsigned char c) { return isalnum(c) || strchr("/._-+,:@%=", c); };
+    auto isPlain = [](unsigned char c) { return isalnum(c) || c >= 0x80 || strchr("/._-+,:@%=", c); };
     return path.size() > 1 && path[0] == '/' && std::all_of(path.begin(), path.end(), isPlain);
 }
 

@@ -20,6 +20,13 @@ enum class DownloadImageType {
  */
 using DownloadGate = std::function<bool(const std::function<void()>& step)>;
 
+/** The gate of a caller that has nothing to guard: every image is wanted. */
+inline bool openGate(const std::function<void()>& step)
+{
+    step();
+    return true;
+}
+
 /**
  * Fetches one image at a time into a file in the image directory, and remembers the path of each file that it
  * fetched, by download id. The directory belongs to the object: making and destroying one wipes it.
@@ -44,7 +51,7 @@ class ImageCurlDownloader {
      * recorded. A failure is logged; its file, empty or partial, stays. The gate is asked before the file is
      * opened and before its path is recorded; when it is closed the result is false, without a log line.
      */
-    bool startDownload(int id, const char* url, const DownloadGate& gate);
+    bool startDownload(int id, const char* url, const DownloadGate& gate = openGate);
 
     /** Forgets the path recorded under `id`, if there is one. The file stays. */
     void deinitDownload(int id);

@@ -59,8 +59,8 @@ constexpr const char* baseName(const char* path)
 }
 
 /**
- * Logs the version of this build: the first thing that main does, so that every log tells what wrote it. The
- * version is put together here and not by the build, so that it can never differ between the log and the
+ * Logs the version of this build: one of the first things that main does, so that every log tells its writer.
+ * The version is put together here and not by the build, so that it can never differ between the log and the
  * sources that wrote it.
  */
 inline void printVersion()

@@ -35,8 +35,8 @@ void Service::onAppControl(app_control_h& request)
     Util::AppControlData data(request);
     const std::string operation = data.getOperation();
 
-    // Whole texts are compared, and the first that is equal decides. The other operations of our namespace
-    // are what we ask of the UI app, not what it asks of us.
+    // Whole texts are compared, and the first that is equal decides. Whatever else
+    // arrives is ignored without a word: an app may send all its messages to all that it knows.
     if (operation == OPERATION_SEARCH)
         search(data);
     else if (operation == OPERATION_RESULT)
@@ -59,10 +59,10 @@ void Service::sendResult()
     Util::Singleton<SearchControl>::getInstance()->sendResultToUI();
 }
 
-// The pointers stay as they are: nobody asks for a controller behind this point, and whoever did would have
-// to see it in the debugger rather than get a second one.
+// The pointer stays as it is: nobody asks for the controller behind this point, and whoever did would have to
+// see it in the debugger rather than get a second one.
 //
-// What the controllers have running on other threads ends while they are deleted.
+// What the controller has running on other threads ends while it is deleted.
 void Service::onTerminate()
 {
     LOG_I("Service::onTerminate");

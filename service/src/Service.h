@@ -22,7 +22,7 @@ class Service {
      */
     bool onCreate();
 
-    /** Deletes the controllers. A picture that is on its way keeps it waiting, for 7 seconds at most. */
+    /** Deletes the controllers. A picture that is on its way keeps it waiting until its own time limit. */
     void onTerminate();
 
     /**

@@ -139,8 +139,8 @@ std::string DBControl::getTextValueFromTextKey(std::string key)
             else
                 LOG_E("Invalid column type: %d", type);
         } else {
-            // Only a table that the web engine has changed since could do this.
-            // The caller gets an empty text all the same.
+            // One column was asked for: whatever else the library says, there is nothing in it
+            // that could be taken for the value.
             LOG_E("Invalid column count: %d", count);
         }
     } else {

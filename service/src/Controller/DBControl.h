@@ -11,6 +11,8 @@ namespace Carvoy {
  */
 class DBControl {
   public:
+    DBControl() = delete;
+
     /**
      * Writes the fields that are not negative into the assistant's status record and leaves the others as
      * they are. `isLoggedIn` and `isLinked` are 0 or 1, the counts 0 or more. With nothing to write the store

@@ -22,7 +22,9 @@ namespace JsonReader {
 
 /**
  * Loads `text`. False if it is not JSON, and also if objects and arrays are nested deeper than 1024, because
- * json-glib, which reads and releases them recursively, would overflow the stack.
+ * json-glib, which reads and releases them recursively, would overflow the stack. Behind a comment or a
+ * single quote, which json-glib may take and JSON does not have, each opening bracket counts as one level
+ * more.
  */
 bool load(JsonParser* parser, const std::string& text);
 

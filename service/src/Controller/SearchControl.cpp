@@ -198,9 +198,9 @@ int SearchControl::init()
     for (const auto& [id, index] : mDownloadIds)
         downloader->deinitDownload(id);
     mDownloadIds.clear();
-    int result = downloader->clearAllDownloadedImages();
+    downloader->downloaded.clear();  // also what a thread has recorded and not yet reported
     mIsUIReady = false;
-    return result;
+    return downloader->clearAllDownloadedImages();
 }
 
 std::string SearchControl::searchProduct()
@@ -373,16 +373,16 @@ int SearchControl::parseResult(std::string text)
 
         // A merchant may answer with more products than it was asked for.
         unsigned length = json_array_get_length(products);
-        mTotalCount = static_cast<int>(std::min<unsigned>(length, PAGE_SIZE));
+        mTotalCount = length > PAGE_SIZE ? PAGE_SIZE : static_cast<int>(length);
         if (mTotalCount < 1)
             throw "empty json array";
 
         fillLists(products);
     } catch (const char* message) {
         LOG_E("%s", message);
-        return 1;
+        return BAD_ANSWER;
     }
-    return 0;
+    return FOUND;
 }
 
 void SearchControl::downloadImages()

@@ -22,11 +22,13 @@ namespace Carvoy {
  * asks for them, and each picture's local path once the UI app has confirmed the lists.
  *
  * One object lives in the process (Util::Singleton). All operations are for the main loop, but for those
- * marked: each search runs a thread of its own that downloads the pictures, one after the other. A new search
- * makes the thread of the one before it stop at its next picture, and nothing that it still brings gets
- * through. The destructor waits for the pictures that are on their way, each of which has 7 seconds.
+ * that are marked: each search runs a thread of its own that downloads the pictures, one after the other. A
+ * new search makes the thread of the one before it stop at its next picture, and nothing that it still brings
+ * gets through. The destructor waits for the pictures that are on their way, each of which has its own time
+ * limit.
  *
- * No failure leaves an operation as an exception; each is logged.
+ * Failures are logged. None leaves an operation as an exception, but for memory that runs out and a mutex
+ * that cannot be locked.
  */
 class SearchControl {
   public:
@@ -99,12 +101,13 @@ class SearchControl {
     std::string mSearchBy;
     std::string mPageSize;
 
-    std::map<int, int> mDownloadIds;                                       // download id to product index
-    std::deque<std::unique_ptr<std::pair<int, std::string>>> mImagePaths;  // waiting for the UI app
+    // Download id to product index, and the pictures (product index, path) that wait for the UI app.
+    std::map<int, int> mDownloadIds;
+    std::deque<std::unique_ptr<std::pair<int, std::string>>> mImagePaths;
     bool mIsUIReady = false;
     unsigned mSearch = 0;  // number of the current search
-    std::mutex
-        mMutex;  // guards the four above, the image message and the image downloader's files and records
+    // Guards the four above, the image message, and the image downloader's files and records.
+    std::mutex mMutex;
 
     DownloadThreads mDownloads;  // the last member: its threads use all the others
 };
