@@ -116,6 +116,8 @@ TEST_P(AFailedSearch, IsLoggedAndKeptAndLeavesTheNextOneUnharmed)
     EXPECT_EQ(responseFlag(), "1\n");
     putRight();
     expectASearchThatWorks();
+    stopService();
+    EXPECT_EQ(service->errors(), "");
 }
 
 Failure status(const char* name, int code)
