@@ -145,43 +145,47 @@ void MainLoop::wake()
 {
     awake_ = true;
     if (eina_main_loop_is())
-        ecore_job_add(onWake, this);
+        ecore_job_add(onTurn, this);
     else
         ecore_main_loop_thread_safe_call_async(onWake, this);
 }
 
 void MainLoop::onWake(void* self)
 {
-    static_cast<MainLoop*>(self)->runSome();
+    ecore_job_add(onTurn, self);
 }
 
-// No more than is there at the start: a flood of items keeps neither signals nor timers from their turn.
-void MainLoop::runSome()
+// Ecore queues a signal behind the jobs that are there already: the second job comes after it, so that no
+// item runs after a signal that ends the app.
+void MainLoop::onTurn(void* self)
 {
-    std::size_t count = startRound();
-    for (Item item; count > 0 && takeItem(item); --count)
-        item();
-    const std::lock_guard lock(mutex_);
-    if (!items_.empty() && mayRun() && !awake_)
-        wake();
+    ecore_job_add(onItem, self);
 }
 
-// From here on a new item wakes the loop again, so that an item may run a loop inside itself.
-std::size_t MainLoop::startRound()
+void MainLoop::onItem(void* self)
+{
+    static_cast<MainLoop*>(self)->runOne();
+}
+
+// One item a turn: however long the items take, signals and timers have their turn after each.
+void MainLoop::runOne()
+{
+    Item item;
+    if (takeItem(item))
+        item();
+}
+
+// The next turn is ordered before the item runs, so that an item may run a loop inside itself.
+bool MainLoop::takeItem(Item& item)
 {
     const std::lock_guard lock(mutex_);
     awake_ = false;
-    return items_.size();
-}
-
-bool MainLoop::takeItem(Item& item)
-{
-    Item done = std::move(item);
-    const std::lock_guard lock(mutex_);
     if (items_.empty() || !mayRun())
         return false;
     item = std::move(items_.front());
     items_.pop_front();
+    if (!items_.empty())
+        wake();
     return true;
 }
 

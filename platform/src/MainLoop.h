@@ -10,7 +10,8 @@ namespace HostPlatform {
 
 /**
  * The process's way onto its main loop: items run there one after the other, in the order in which they
- * were posted. While the loop is closed they wait. There is one object, and it is never destroyed: a
+ * were posted, and after each of them the loop handles signals: none runs after the signal that ends the
+ * app. While the loop is closed they wait. There is one object, and it is never destroyed: a
  * thread may still post while the process exits.
  */
 class MainLoop {
@@ -50,11 +51,12 @@ class MainLoop {
     void open();
     void close();
     void wake();
-    void runSome();
-    std::size_t startRound();
+    void runOne();
     bool takeItem(Item& item);
     bool mayRun() const;
     static void onWake(void* self);
+    static void onTurn(void* self);
+    static void onItem(void* self);
 
     mutable std::mutex mutex_;
     std::deque<Item> items_;

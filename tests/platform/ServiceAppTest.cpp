@@ -147,6 +147,19 @@ TEST_F(AnApp, HandlesNoRequestAfterItAskedToExit)
     EXPECT_EQ(app->output(), "create\nwaiting\nterminate\nresult 0\n");
 }
 
+TEST_F(AnApp, HandlesNoRequestAfterTheSignalThatEndsIt)
+{
+    start("wait in create");
+    ASSERT_TRUE(app->waitForOutput("waiting"));
+    RawPeer peer;
+    EXPECT_EQ(peer.launch(AppId, "signal"), "");
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(peer.launch(AppId, "describe"), "");
+    app->signal(SIGUSR1);
+    expectExit(0);
+    EXPECT_EQ(app->output(), "create\nwaiting\nterminate\nresult 0\n");
+}
+
 TEST_F(AnApp, HandlesARequestThatCameBeforeItWasReady)
 {
     start("wait in create");

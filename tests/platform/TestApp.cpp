@@ -205,6 +205,8 @@ void onRequest(app_control_h request, void* user_data)
         answer(request, APP_CONTROL_RESULT_SUCCEEDED), _exit(3);
     else if (operation == "exit")
         service_app_exit();
+    else if (operation == "signal")
+        raise(SIGTERM);
     else if (operation == "exit from thread")
         threads.emplace_back(service_app_exit);
     else if (operation == "main again")
