@@ -11,12 +11,7 @@ bool startsWith(const std::string& text, const char* prefix)
     return text.rfind(prefix, 0) == 0;
 }
 
-std::size_t sizeOf(const Text& text)
-{
-    return text ? text->size() : 0;
-}
-
-std::size_t sizeOf(const ExtraData::Value& value)
+std::size_t valueSize(const ExtraData::Value& value)
 {
     if (const auto* text = std::get_if<std::string>(&value))
         return text->size();
@@ -74,6 +69,17 @@ int validSequence(const unsigned char* bytes, std::size_t left)
 
 }  // namespace
 
+std::size_t sizeOf(const Text& text)
+{
+    return text ? text->size() : 0;
+}
+
+bool isFinalResult(int result)
+{
+    return result == APP_CONTROL_RESULT_SUCCEEDED || result == APP_CONTROL_RESULT_FAILED ||
+           result == APP_CONTROL_RESULT_CANCELED;
+}
+
 void ExtraData::set(const std::string& key, Value value)
 {
     const auto [entry, added] = entries_.try_emplace(key, Entry{{}, nextPlace_});
@@ -109,7 +115,7 @@ std::size_t ExtraData::size() const
 {
     std::size_t size = 0;
     for (const auto& [key, entry] : entries_)
-        size += key.size() + sizeOf(entry.value);
+        size += key.size() + valueSize(entry.value);
     return size;
 }
 

@@ -53,6 +53,12 @@ struct Origin {
 /** Whether @p text is UTF-8 that travels on the bus: no surrogates, no noncharacters. */
 bool isUtf8(const std::string& text);
 
+/** Bytes of @p text; 0 where it is unset. */
+std::size_t sizeOf(const Text& text);
+
+/** Whether @p result ends a request, as an app_control_result_e of a reply must. */
+bool isFinalResult(int result);
+
 /** Whether @p key belongs to the platform itself. */
 bool isReservedKey(const std::string& key);
 

@@ -1,5 +1,6 @@
 #include "AppPort.h"
 
+#include <new>
 #include <utility>
 
 namespace HostPlatform {
@@ -7,7 +8,6 @@ namespace HostPlatform {
 namespace {
 
 constexpr const char* AccessDenied = "org.freedesktop.DBus.Error.AccessDenied";
-constexpr const char* InvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char* LimitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr const char* NotSupported = "org.freedesktop.DBus.Error.NotSupported";
 
@@ -35,7 +35,7 @@ constexpr ErrorCode ErrorCodes[] = {
     {"org.freedesktop.DBus.Error.ServiceUnknown", APP_CONTROL_ERROR_APP_NOT_FOUND},
     {"org.freedesktop.DBus.Error.NameHasNoOwner", APP_CONTROL_ERROR_APP_NOT_FOUND},
     {"org.freedesktop.DBus.Error.Spawn.ServiceNotFound", APP_CONTROL_ERROR_APP_NOT_FOUND},
-    {InvalidArgs, APP_CONTROL_ERROR_INVALID_PARAMETER},
+    {Wire::InvalidArgs, APP_CONTROL_ERROR_INVALID_PARAMETER},
     {AccessDenied, APP_CONTROL_ERROR_PERMISSION_DENIED},
     {"org.freedesktop.DBus.Error.NoReply", APP_CONTROL_ERROR_TIMED_OUT},
     {"org.freedesktop.DBus.Error.Timeout", APP_CONTROL_ERROR_TIMED_OUT},
@@ -49,12 +49,6 @@ int codeOf(const std::string& errorName)
             return error.code;
     }
     return APP_CONTROL_ERROR_LAUNCH_FAILED;
-}
-
-bool isFinalResult(int result)
-{
-    return result == APP_CONTROL_RESULT_SUCCEEDED || result == APP_CONTROL_RESULT_FAILED ||
-           result == APP_CONTROL_RESULT_CANCELED;
 }
 
 AppPort::Handle readRequest(sdbus::MethodCall& call)
@@ -79,7 +73,7 @@ auto readArguments(Read read)
     try {
         return read();
     } catch (const sdbus::Error& error) {
-        throw sdbus::Error(InvalidArgs, error.getMessage());
+        throw sdbus::Error(Wire::InvalidArgs, error.getMessage());
     }
 }
 
@@ -119,6 +113,9 @@ void AppPort::launch(const Handle& request, const std::string& caller, const Rep
         // What was checked before can only fail with its connection.
         pending_.erase(id);
         answer->give(APP_CONTROL_ERROR_IO_ERROR);
+    } catch (const std::bad_alloc&) {
+        pending_.erase(id);
+        answer->give(APP_CONTROL_ERROR_OUT_OF_MEMORY);
     }
 }
 
@@ -133,6 +130,8 @@ int AppPort::reply(const Origin& origin, int result, const ExtraData& extraData)
         proxy->callMethod(message);
     } catch (const sdbus::Error&) {
         return APP_CONTROL_ERROR_IO_ERROR;
+    } catch (const std::bad_alloc&) {
+        return APP_CONTROL_ERROR_OUT_OF_MEMORY;
     }
     return APP_CONTROL_ERROR_NONE;
 }
@@ -174,7 +173,7 @@ void AppPort::onReply(sdbus::MethodCall call)
     if (pending == pending_.end() || pending->second.receiver != call.getSender())
         throw sdbus::Error(AccessDenied, "no request that waits for a reply of this connection");
     if (!isFinalResult(result))
-        throw sdbus::Error(InvalidArgs, "result must be 0, -1 or -2");
+        throw sdbus::Error(Wire::InvalidArgs, "result must be 0, -1 or -2");
     auto reply = std::make_shared<app_control_s>();
     reply->extraData = readArguments([&] { return Wire::readExtraData(call); });
     acknowledge(call);

@@ -5,6 +5,9 @@
 #include <signal.h>
 #include <sys/eventfd.h>
 
+#include <cerrno>
+#include <exception>
+#include <system_error>
 #include <utility>
 
 namespace HostPlatform {
@@ -28,6 +31,14 @@ class SignalsBlocked {
     sigset_t before_;
 };
 
+int newEventDescriptor()
+{
+    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    return descriptor;
+}
+
 }  // namespace
 
 std::shared_ptr<AppSession> AppSession::start(std::function<void()> lost)
@@ -39,7 +50,7 @@ std::shared_ptr<AppSession> AppSession::start(std::function<void()> lost)
 
 AppSession::AppSession(std::function<void()> lost)
     : lost_(std::move(lost)),
-      wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), sdbus::adopt_fd),
+      wakeDescriptor_(newEventDescriptor(), sdbus::adopt_fd),
       connection_(sdbus::createSessionBusConnection())
 {
     port_ = std::make_unique<AppPort>(*connection_, MainLoop::instance());
@@ -85,7 +96,8 @@ void AppSession::run()
     bool lost = false;
     try {
         processUntilStopped();
-    } catch (const sdbus::Error&) {
+    } catch (const std::exception&) {
+        // sdbus::Error where the bus is gone; what else comes here leaves a connection of unknown state.
         lost = true;
     }
     end(lost);

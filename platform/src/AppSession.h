@@ -13,14 +13,15 @@ namespace HostPlatform {
 
 /**
  * Connects, and processes the connection on a thread of its own, which alone touches it and keeps the
- * session alive. The session ends with stop(), or when the bus goes away: then the waiting replies fail,
- * and @p lost is called on that thread.
+ * session alive. The session ends with stop(), or when the bus goes away or memory runs out: then the waiting
+ * replies fail, and @p lost is called on that thread.
  */
 class AppSession : public std::enable_shared_from_this<AppSession> {
   public:
     using Task = std::function<void(AppPort&)>;
 
-    /** Throws sdbus::Error where the bus cannot be reached, std::system_error where no thread can be had. */
+    /** Throws sdbus::Error where the bus cannot be reached, std::system_error where no thread or
+     *  descriptor can be had. */
     static std::shared_ptr<AppSession> start(std::function<void()> lost);
 
     AppSession(const AppSession&) = delete;

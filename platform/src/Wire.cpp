@@ -45,7 +45,7 @@ ExtraData::Value readValue(sdbus::Message& message, const std::string& key)
     std::string contents;
     message.peekType(type, contents);
     if (contents != "s" && contents != "as")
-        throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs",
+        throw sdbus::Error(InvalidArgs,
                            "extra \"" + key + "\" has type " + contents + "; s and as are allowed");
     message.enterVariant(contents);
     ExtraData::Value value = contents == "s" ? readText(message) : readList(message);

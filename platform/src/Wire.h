@@ -12,6 +12,7 @@ namespace HostPlatform::Wire {
 
 inline const char* const Path = "/org/tizen/AppControl";
 inline const char* const Interface = "org.tizen.AppControl1";
+inline constexpr const char* InvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 
 constexpr std::chrono::seconds LaunchLimit{25};
 

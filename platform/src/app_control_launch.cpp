@@ -13,11 +13,6 @@ using HostPlatform::AppPort;
 using HostPlatform::Text;
 namespace Wire = HostPlatform::Wire;
 
-std::size_t sizeOf(const Text& text)
-{
-    return text ? text->size() : 0;
-}
-
 bool isUtf8(const Text& text)
 {
     return !text || HostPlatform::isUtf8(*text);
@@ -27,7 +22,8 @@ int checkMessage(const app_control_s& message)
 {
     if (!isUtf8(message.operation) || !isUtf8(message.uri) || !message.extraData.isUtf8())
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
-    const std::size_t size = sizeOf(message.operation) + sizeOf(message.uri) + message.extraData.size();
+    const std::size_t size = HostPlatform::sizeOf(message.operation) + HostPlatform::sizeOf(message.uri) +
+                             message.extraData.size();
     return size > Wire::MaxTextBytes ? APP_CONTROL_ERROR_LAUNCH_FAILED : APP_CONTROL_ERROR_NONE;
 }
 
@@ -60,12 +56,6 @@ int reply(const HostPlatform::Origin& origin, const app_control_s& message, int 
     return AppBus::instance().reply(origin, result, message.extraData);
 }
 
-bool isReplyResult(app_control_result_e result)
-{
-    return result == APP_CONTROL_RESULT_SUCCEEDED || result == APP_CONTROL_RESULT_FAILED ||
-           result == APP_CONTROL_RESULT_CANCELED;
-}
-
 }  // namespace
 
 int app_control_send_launch_request(app_control_h app_control, app_control_reply_cb callback, void* user_data)
@@ -82,7 +72,7 @@ int app_control_send_launch_request(app_control_h app_control, app_control_reply
 int app_control_reply_to_launch_request(app_control_h reply_handle, app_control_h request,
                                         app_control_result_e result)
 {
-    if (!reply_handle || !request || !request->origin || !isReplyResult(result))
+    if (!reply_handle || !request || !request->origin || !HostPlatform::isFinalResult(result))
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
     try {
         return reply(*request->origin, *reply_handle, result);

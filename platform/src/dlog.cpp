@@ -205,7 +205,7 @@ class SigpipeHeldBack {
     bool wasPending = false;
 };
 
-ssize_t writeWhole(int descriptor, std::string_view text)
+ssize_t writeUninterrupted(int descriptor, std::string_view text)
 {
     while (true) {
         const ssize_t written = ::write(descriptor, text.data(), text.size());
@@ -217,9 +217,9 @@ ssize_t writeWhole(int descriptor, std::string_view text)
 ssize_t writeTo(const Sink& out, std::string_view text)
 {
     if (out.output == Output::File)
-        return writeWhole(out.descriptor, text);
+        return writeUninterrupted(out.descriptor, text);
     const SigpipeHeldBack held;
-    return writeWhole(out.descriptor, text);
+    return writeUninterrupted(out.descriptor, text);
 }
 
 int writeBrief(const Sink& out, const Entry& entry)

@@ -1,5 +1,6 @@
-#include <Ecore.h>
 #include <service_app.h>
+
+#include <Ecore.h>
 
 #include <atomic>
 #include <cstdio>
