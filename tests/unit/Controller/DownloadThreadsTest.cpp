@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <csignal>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <thread>
 
+#include "../SignalMask.h"
 #include "Latch.h"
 #include "ThreadStartFault.h"
 
@@ -21,6 +24,20 @@ TEST(DownloadThreadsTest, AFunctionRunsOnAThreadOfItsOwn)
     }
     EXPECT_NE(id, std::thread::id());
     EXPECT_NE(id, std::this_thread::get_id());
+}
+
+TEST(DownloadThreadsTest, AFunctionRunsWithoutSignalsButThoseOfItsOwnFaults)
+{
+    std::optional<SignalMask> mask;
+    {
+        DownloadThreads threads;
+        threads.start([&] { mask.emplace(); });
+    }
+    ASSERT_TRUE(mask);
+    for (int number : {SIGTERM, SIGINT, SIGCHLD})
+        EXPECT_TRUE(mask->has(number)) << number;
+    EXPECT_FALSE(mask->has(SIGSEGV));
+    EXPECT_FALSE(SignalMask().has(SIGTERM)) << "the thread that starts it keeps its signals";
 }
 
 TEST(DownloadThreadsTest, AFunctionRunsBesideThoseThatStillRun)

@@ -4,10 +4,13 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
+#include <optional>
 #include <thread>
 #include <type_traits>
 
 #include "../Controller/Latch.h"
+#include "../SignalMask.h"
 #include "AsyncFixture.h"
 #include "Singleton.h"
 
@@ -38,6 +41,25 @@ TEST_F(Async, TasksRunInTheOrderInWhichTheyWereQueued)
 
     ASSERT_TRUE(finish(worker));
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3, 4}));
+}
+
+TEST_F(Async, TasksRunWithoutSignalsButThoseOfTheirOwnFaults)
+{
+    std::optional<SignalMask> mask;
+    AsyncThread worker;
+    worker.asyncCall(
+        [&mask] {
+            mask.emplace();
+            return false;
+        },
+        nullptr);
+
+    ASSERT_TRUE(finish(worker));
+    ASSERT_TRUE(mask);
+    for (int number : {SIGTERM, SIGINT, SIGCHLD})
+        EXPECT_TRUE(mask->has(number)) << number;
+    EXPECT_FALSE(mask->has(SIGSEGV));
+    EXPECT_FALSE(SignalMask().has(SIGTERM)) << "the thread that makes the worker keeps its signals";
 }
 
 TEST_F(Async, TasksRunAtLeastFiftyMillisecondsApart)
