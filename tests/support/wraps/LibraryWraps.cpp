@@ -53,7 +53,7 @@ using CallNotes::text;
 
 int __wrap_sqlite3_open_v2(const char* path, sqlite3** database, int flags, const char* vfs)
 {
-    return observe("sqlite3_open_v2", {text(path), std::to_string(flags)},
+    return observe("sqlite3_open_v2", {text(path), std::to_string(flags), text(vfs)},
                    [&] { return __real_sqlite3_open_v2(path, database, flags, vfs); });
 }
 

@@ -244,7 +244,7 @@ TEST_F(LocalStorageTest, TheStoreIsOpenedReadOnlyAndWaitedForAndClosed)
     EXPECT_EQ(DBControl::getTextValueFromTextKey("key"), "a");
     const auto opened = Calls::of("sqlite3_open_v2");
     ASSERT_EQ(opened.size(), 1u);
-    EXPECT_EQ(opened[0].arguments, (Texts{localStorage(), std::to_string(SQLITE_OPEN_READONLY)}));
+    EXPECT_EQ(opened[0].arguments, (Texts{localStorage(), std::to_string(SQLITE_OPEN_READONLY), ""}));
     EXPECT_EQ(Calls::of("sqlite3_busy_timeout").at(0).arguments, Texts{"3000"});
     EXPECT_EQ(Calls::of("sqlite3_prepare_v2").at(0).arguments,
               Texts{"SELECT value FROM ItemTable WHERE key=\"key\""});

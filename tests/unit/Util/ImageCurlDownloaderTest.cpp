@@ -14,9 +14,14 @@
 namespace fs = std::filesystem;
 using TestSupport::Call;
 using TestSupport::Calls;
+using Util::DownloadImageType;
 using Util::ImageCurlDownloader;
 
 namespace {
+
+static_assert(static_cast<int>(DownloadImageType::PRODUCT_IMAGE) == 0);
+static_assert(static_cast<int>(DownloadImageType::UNDEFINED_IMAGE) == 1);
+static_assert(static_cast<int>(DownloadImageType::DISCOUNT_ICON_IMAGE) == 2);
 
 const List kEnd = {"fflush", "fsync", "fclose", "sync", "curl_easy_cleanup"};
 
