@@ -2,20 +2,13 @@
 
 #include <vector>
 
+#include "Words.h"
+
 namespace Tool {
 
 namespace {
 
 using Words = std::vector<std::string>;
-
-std::string joined(const Words& words)
-{
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : " ") + word;
-    }
-    return text;
-}
 
 Words namesOf(const CLI::Option& option)
 {

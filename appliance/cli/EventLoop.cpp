@@ -52,12 +52,14 @@ EventLoop::EventLoop()
     ecore_init();
     // Ecore would reap every child of the process; ours are waited for by their own descriptors.
     std::signal(SIGCHLD, SIG_DFL);
-    signals_ = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, onSignal, this);
+    exitSignals_ = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, onSignal, this);
+    hangUps_ = ecore_event_handler_add(ECORE_EVENT_SIGNAL_HUP, onSignal, this);
 }
 
 EventLoop::~EventLoop()
 {
-    ecore_event_handler_del(signals_);
+    ecore_event_handler_del(hangUps_);
+    ecore_event_handler_del(exitSignals_);
     ecore_shutdown();
 }
 
@@ -101,7 +103,9 @@ FdWatch::FdWatch(int fd, std::function<void()> onReadable) : onReadable_(std::mo
 
 FdWatch::~FdWatch()
 {
-    ecore_main_fd_handler_del(handler_);
+    if (handler_ != nullptr) {
+        ecore_main_fd_handler_del(handler_);
+    }
 }
 
 Eina_Bool FdWatch::onEvent(void* self, Ecore_Fd_Handler*)

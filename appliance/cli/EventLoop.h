@@ -20,8 +20,8 @@ class EventLoop {
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
-    // Runs until `done` is true, the limit is over, or SIGINT or SIGTERM has come (at any time since the
-    // start or the last forgetInterrupt()). `done` is asked whenever the loop has handled something.
+    // Runs until `done` is true, the limit is over, or SIGINT, SIGTERM or SIGHUP has come (at any time since
+    // the start or the last forgetInterrupt()). `done` is asked whenever the loop has handled something.
     Outcome runUntil(const std::function<bool()>& done,
                      std::optional<std::chrono::milliseconds> limit = std::nullopt);
 
@@ -30,17 +30,22 @@ class EventLoop {
   private:
     static Eina_Bool onSignal(void* self, int type, void* event);
 
-    Ecore_Event_Handler* signals_ = nullptr;
+    Ecore_Event_Handler* exitSignals_ = nullptr;
+    Ecore_Event_Handler* hangUps_ = nullptr;
     bool interrupted_ = false;
 };
 
-// Calls back while the descriptor has something to read. Does not own the descriptor.
+// Calls back while the descriptor has something to read. Does not own the descriptor. Files and /dev/null
+// cannot be watched: they always have something to read.
 class FdWatch {
   public:
     FdWatch(int fd, std::function<void()> onReadable);
     ~FdWatch();
     FdWatch(const FdWatch&) = delete;
     FdWatch& operator=(const FdWatch&) = delete;
+
+    // False: there will be no call.
+    bool watches() const { return handler_ != nullptr; }
 
   private:
     static Eina_Bool onEvent(void* self, Ecore_Fd_Handler* handler);

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <system_error>
 
 #include "Exit.h"
@@ -62,12 +63,22 @@ std::optional<int> portIn(const std::string& line)
     return usable ? std::optional<int>(json["port"].get<int>()) : std::nullopt;
 }
 
+std::string printableLines(const std::string& text)
+{
+    std::string lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines += (lines.empty() ? "" : "\n") + printable(line);
+    }
+    return lines;
+}
+
 std::string lastWords(const RunningProgram& child)
 {
     const std::size_t linesShown = 8;
     const std::string words = lastLines(child.program().output, linesShown);
     const std::string where = "see " + child.program().output.string();
-    return words.empty() ? where : where + ", which ends:\n" + words;
+    return words.empty() ? where : where + ", which ends:\n" + printableLines(words);
 }
 
 }  // namespace
@@ -76,6 +87,7 @@ Rig::Rig(EventLoop& loop, RootLock lock, RigOptions options)
     : loop_(loop), lock_(std::move(lock)), options_(std::move(options))
 {
     session_.root = options_.root;
+    std::filesystem::remove(options_.root.sessionFile());  // of one that was killed
 }
 
 Rig::~Rig()

@@ -54,6 +54,13 @@ struct Prepared {
     char* const* environment;
 };
 
+[[noreturn]] void giveUp(const Prepared& prepared)
+{
+    const int error = errno;
+    (void)!write(prepared.errorPipe, &error, sizeof error);
+    _exit(1);
+}
+
 // Between fork and exec: nothing but async-signal-safe calls.
 [[noreturn]] void becomeProgram(const Prepared& prepared)
 {
@@ -66,15 +73,16 @@ struct Prepared {
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
     const int nothing = open("/dev/null", O_RDONLY);
+    if (nothing < 0) {
+        giveUp(prepared);
+    }
     dup2(nothing, STDIN_FILENO);
     dup2(prepared.output, STDOUT_FILENO);
     dup2(prepared.output, STDERR_FILENO);
     const unsigned int firstOther = 3;
     syscall(SYS_close_range, firstOther, ~0U, 1U << 2 /* CLOSE_RANGE_CLOEXEC */);
     execvpe(prepared.arguments[0], prepared.arguments, prepared.environment);
-    const int error = errno;
-    (void)!write(prepared.errorPipe, &error, sizeof error);
-    _exit(1);
+    giveUp(prepared);
 }
 
 int openOutput(const std::filesystem::path& file)
@@ -103,7 +111,9 @@ pid_t start(const Program& program)
     const int output = openOutput(program.output);
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        throwErrno(errno, "pipe");
+        const int pipeError = errno;
+        close(output);
+        throwErrno(pipeError, "pipe");
     }
     const Prepared prepared = {output, ends[1], getpid(), argumentPointers.data(),
                                environmentPointers.data()};
@@ -130,6 +140,11 @@ RunningProgram::RunningProgram(Program program, std::function<void(RunningProgra
     : program_(std::move(program)), onEnd_(std::move(onEnd)), pid_(start(program_))
 {
     pidFd_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
+    if (pidFd_ < 0) {
+        const int error = errno;
+        killNow();
+        throwErrno(error, "pidfd_open");
+    }
     watch_.emplace(pidFd_, [this] { reap(); });
 }
 
@@ -137,10 +152,15 @@ RunningProgram::~RunningProgram()
 {
     watch_.reset();
     if (running()) {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
+        killNow();
     }
     close(pidFd_);
+}
+
+void RunningProgram::killNow() const
+{
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
 }
 
 void RunningProgram::reap()

@@ -25,7 +25,8 @@ struct Program {
 // nothing on standard input. The kernel kills it when this process dies in whatever way. Main thread only.
 class RunningProgram {
   public:
-    // `onEnd` is called once, from the loop. Throws std::system_error when there is no such program.
+    // `onEnd` is called once, from the loop. Throws std::system_error when there is no such program, or the
+    // system has no descriptor left.
     RunningProgram(Program program, std::function<void(RunningProgram&)> onEnd);
     // Kills and reaps what still runs.
     ~RunningProgram();
@@ -43,6 +44,7 @@ class RunningProgram {
 
   private:
     void reap();
+    void killNow() const;
 
     Program program_;
     std::function<void(RunningProgram&)> onEnd_;

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Exit.h"
+#include "IndentedJson.h"
 
 namespace Tool {
 
@@ -12,9 +13,8 @@ void Session::write() const
 {
     const nlohmann::json json = {{"environment", environment}, {"processes", processes}};
     const std::filesystem::path fresh = root.sessionFile().string() + ".new";
-    const int indent = 2;
     std::ofstream out(fresh);
-    out << json.dump(indent) << '\n';
+    out << indentedJson(json) << '\n';
     out.close();
     if (!out) {
         throw std::runtime_error("cannot write " + fresh.string());
@@ -36,10 +36,11 @@ std::optional<Session> findSession(const Root& root)
     }
     std::ifstream in(root.sessionFile());
     const nlohmann::json json = nlohmann::json::parse(in, nullptr, false);
-    if (json.is_discarded()) {
-        return std::nullopt;
+    try {
+        return Session{root, json.at("environment"), json.at("processes")};
+    } catch (const nlohmann::json::exception&) {
+        return std::nullopt;  // not a file of ours
     }
-    return Session{root, json.at("environment"), json.at("processes")};
 }
 
 Session enterSession(const std::string& rootOption)

@@ -6,20 +6,35 @@
 #include <utility>
 
 namespace Appliance::MerchantBridge {
+namespace {
+
+// The status says so: what follows it would be read as the next response.
+bool forbidsBody(int status)
+{
+    return status == 204 || status == 304;
+}
+
+std::string bodyFor(int status, Answer& answer)
+{
+    return forbidsBody(status) ? "" : std::move(answer.body);
+}
+
+}  // namespace
 
 void send(httplib::Response& response, int status, Answer answer)
 {
     response.status = status;
-    response.set_content(answer.body, answer.contentType);
+    response.set_content(bodyFor(status, answer), answer.contentType);
 }
 
 void sendHalf(httplib::Response& response, int status, Answer answer)
 {
     response.status = status;
-    const std::size_t size = answer.body.size();
+    std::string half = bodyFor(status, answer);
+    const std::size_t size = half.size();
     response.set_content_provider(
         size, answer.contentType,
-        [body = std::move(answer.body)](std::size_t, std::size_t, httplib::DataSink& sink) {
+        [body = std::move(half)](std::size_t, std::size_t, httplib::DataSink& sink) {
             sink.write(body.data(), body.size() / 2);
             return false;
         });

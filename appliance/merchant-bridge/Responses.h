@@ -10,6 +10,7 @@ namespace Appliance::MerchantBridge {
 // The status that stands in the log for a request that got no answer.
 constexpr int noAnswer = 0;
 
+// Here and below: without the body where the status forbids one.
 void send(httplib::Response& response, int status, Answer answer);
 
 // Announces the whole body, sends its first half and closes the connection.

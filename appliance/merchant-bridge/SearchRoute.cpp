@@ -61,15 +61,8 @@ Query readQuery(const Parameters& parameters)
     }
 }
 
-bool forbidsBody(int status)
-{
-    return status == 204 || status == 304;
-}
-
 Answer makeAnswer(const Merchant& merchant, const Query& query, int status, const std::string& host)
 {
-    if (forbidsBody(status))
-        return {"", "application/json"};
     if (status >= 300 && query.trouble.body == Body::Products)
         return errorAnswer(status, "asked for by the search term");
     return searchAnswer(merchant, MerchantBridge::search(merchant, query.term), query.trouble, host);

@@ -37,9 +37,12 @@ void Confirmation::answer(app_control_h request)
 void Confirmation::hold(app_control_h request)
 {
     drop();
-    if (app_control_clone(&held_, request) == APP_CONTROL_ERROR_NONE) {
-        timer_ = ecore_timer_add(delay_, onTimer, this);
+    const int code = app_control_clone(&held_, request);
+    if (code != APP_CONTROL_ERROR_NONE) {
+        UI_ERROR("Product lists not held back, and never answered: %s", Appliance::reasonOf(code));
+        return;
     }
+    timer_ = ecore_timer_add(delay_, onTimer, this);
 }
 
 void Confirmation::drop()

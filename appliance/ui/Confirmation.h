@@ -5,6 +5,8 @@
 #include <app_control.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace Ui {
 
@@ -12,6 +14,10 @@ namespace Ui {
 class Confirmation {
   public:
     enum class Mode { Now, Late, Fail, Never };
+
+    // By what --confirm calls them.
+    static inline const std::vector<std::pair<std::string, Mode>> Modes = {
+        {"now", Mode::Now}, {"late", Mode::Late}, {"fail", Mode::Fail}, {"never", Mode::Never}};
 
     // `delay` in seconds; used by Late only.
     Confirmation(Mode mode, double delay) : mode_(mode), delay_(delay) {}

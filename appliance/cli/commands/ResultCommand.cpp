@@ -7,6 +7,7 @@
 #include "CardView.h"
 #include "Commands.h"
 #include "FolderWatch.h"
+#include "IndentedJson.h"
 #include "Names.h"
 #include "Session.h"
 #include "UiClient.h"
@@ -57,7 +58,7 @@ Exit result(const ResultArguments& arguments)
     const Ui::CardContent card =
         freshCard(loop, session.root, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
     const std::string text =
-        arguments.json ? Ui::toJson(card).dump(2) + "\n" : allText(card, styleOf(STDOUT_FILENO));
+        arguments.json ? indentedJson(Ui::toJson(card)) + "\n" : allText(card, styleOf(STDOUT_FILENO));
     std::fputs(text.c_str(), stdout);
     return Exit::Ok;
 }

@@ -2,12 +2,15 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "Commands.h"
+#include "IndentedJson.h"
 #include "Rig.h"
 #include "SearchArguments.h"
 #include "SearchOutput.h"
@@ -20,7 +23,19 @@ namespace {
 // While it lives no other run makes or removes folders.
 class Turn {
   public:
-    Turn() : fd_(open(buildFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) { flock(fd_, LOCK_EX); }
+    Turn() : fd_(open(buildFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        if (fd_ < 0) {
+            throw std::system_error(errno, std::generic_category(), buildFolder().string());
+        }
+        while (flock(fd_, LOCK_EX) != 0) {
+            if (errno != EINTR) {
+                const int error = errno;
+                close(fd_);
+                throw std::system_error(error, std::generic_category(), "flock");
+            }
+        }
+    }
     ~Turn() { close(fd_); }
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
@@ -41,6 +56,8 @@ class RunFolder {
     RootLock takeLock() { return std::move(*lock_); }
 
   private:
+    void removeFolders() const;
+
     Root root_;
     std::optional<RootLock> lock_;
 };
@@ -67,12 +84,26 @@ RunFolder::RunFolder(const std::filesystem::path& parent)
         throw Failure(Exit::Failed, "cannot make a folder in " + parent.string());
     }
     root_.path = name;
-    lock_.emplace(RootLock::claim(root_));
+    try {
+        lock_.emplace(RootLock::claim(root_));
+    } catch (...) {
+        removeFolders();
+        throw;
+    }
 }
 
 RunFolder::~RunFolder()
 {
-    const Turn turn;
+    try {
+        const Turn turn;
+        removeFolders();
+    } catch (const std::system_error&) {
+        // Left to the next run, which removes what is abandoned.
+    }
+}
+
+void RunFolder::removeFolders() const
+{
     std::error_code ignored;
     std::filesystem::remove_all(root_.path, ignored);
     std::filesystem::remove(root_.path.parent_path(), ignored);  // only where no other run has a folder there
@@ -85,7 +116,7 @@ void printStatus(const SearchResult& result, const Root& root, bool json)
     if (json) {
         nlohmann::json all = searchJson(result);
         all["status"] = statusJson(record, flag);
-        std::printf("%s\n", all.dump(2).c_str());
+        std::printf("%s\n", indentedJson(all).c_str());
         return;
     }
     std::printf("\n%s", statusText(record, flag, styleOf(STDOUT_FILENO)).c_str());

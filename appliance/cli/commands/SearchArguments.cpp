@@ -1,21 +1,9 @@
 #include "SearchArguments.h"
 
 #include "Commands.h"
+#include "Words.h"
 
 namespace Tool {
-
-namespace {
-
-std::string joined(const std::vector<std::string>& words)
-{
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : " ") + word;
-    }
-    return text;
-}
-
-}  // namespace
 
 SearchOptions SearchArguments::options(const std::string& fallback) const
 {

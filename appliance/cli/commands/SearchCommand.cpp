@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "Commands.h"
+#include "IndentedJson.h"
 #include "SearchArguments.h"
 #include "SearchOutput.h"
 #include "Session.h"
@@ -17,7 +18,7 @@ Exit search(const std::string& rootOption, const SearchArguments& arguments)
     SearchOutput output(arguments.json);
     const SearchResult result = runSearch(loop, session.root, arguments.options(""), output);
     if (arguments.json) {
-        std::printf("%s\n", searchJson(result).dump(2).c_str());
+        std::printf("%s\n", indentedJson(searchJson(result)).c_str());
     } else if (!result.found()) {
         output.errors(result);
     }

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Commands.h"
+#include "IndentedJson.h"
 #include "Session.h"
 
 namespace Tool {
@@ -17,8 +18,8 @@ Exit status(const std::string& rootOption, bool json)
     const Session session = enterSession(rootOption);
     const auto record = readStatusRecord(session.root.dataStore());
     const auto flag = readSearchFlag();
-    const std::string text =
-        json ? statusJson(record, flag).dump(2) + "\n" : statusText(record, flag, styleOf(STDOUT_FILENO));
+    const std::string text = json ? indentedJson(statusJson(record, flag)) + "\n"
+                                  : statusText(record, flag, styleOf(STDOUT_FILENO));
     std::fputs(text.c_str(), stdout);
     return Exit::Ok;
 }

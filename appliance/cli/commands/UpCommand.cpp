@@ -1,10 +1,10 @@
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <memory>
 
 #include "Commands.h"
+#include "Confirmation.h"
 #include "LogFollower.h"
 #include "Rig.h"
 #include "Terminal.h"
@@ -44,7 +44,7 @@ void printHowToGoOn(const Root& root, bool untilStdinCloses)
     printLine(untilStdinCloses ? "It ends when standard input closes." : "Ctrl-C ends it.");
 }
 
-// Ends the wait when a read tells that the other side closed.
+// Ends the wait when a read tells that the other side closed; an input that has no other side is closed.
 class StdinEnd {
   public:
     StdinEnd()
@@ -54,7 +54,7 @@ class StdinEnd {
           })
     {
     }
-    bool closed() const { return closed_; }
+    bool closed() const { return closed_ || !watch_.watches(); }
 
   private:
     bool closed_ = false;
@@ -95,7 +95,7 @@ Exit up(const UpArguments& arguments)
         rig.start(printReady);
         printHowToGoOn(root, arguments.untilStdinCloses);
         stay(loop, rig, arguments);
-    } catch (const Failure&) {
+    } catch (...) {
         stopped(rig);
         throw;
     }
@@ -110,7 +110,7 @@ void addUpCommand(CLI::App& app, Action& chosen)
     CLI::App* command = app.add_subcommand("up", "Start everything and keep it running until Ctrl-C");
     addRootOption(*command, arguments->root);
     command->add_option("--confirm", arguments->confirm, "How the UI app answers product lists")
-        ->check(CLI::IsMember({"now", "late", "fail", "never"}))
+        ->check(CLI::IsMember(Ui::Confirmation::Modes))
         ->capture_default_str();
     command->add_option("--confirm-after", arguments->confirmAfter, "Delay of a late answer")
         ->type_name("MS")
