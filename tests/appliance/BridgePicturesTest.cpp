@@ -87,6 +87,17 @@ TEST_F(APicture, AnswersWithTheStatusAskedFor)
     EXPECT_EQ(reply.status, 503);
 }
 
+TEST_F(APicture, HasNoBodyWhereTheStatusForbidsOne)
+{
+    for (const int status : {204, 304}) {
+        const std::string word = "milk ~image-status=" + std::to_string(status) + ":1";
+        const Reply reply = customer().get(picturePathOf(word, 1));
+        EXPECT_EQ(reply.result, CURLE_OK);
+        EXPECT_EQ(reply.status, status);
+        EXPECT_EQ(reply.body, "");
+    }
+}
+
 TEST_F(APicture, IsReachedThroughOneRedirect)
 {
     const std::string path = picturePathOf("milk ~image-redirect=1", 1);

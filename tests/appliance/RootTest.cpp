@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "ScratchRoot.h"
 #include "Session.h"
 
@@ -46,6 +48,16 @@ TEST(ARootsLock, IsHeldByOneAtATime)
     }
     EXPECT_FALSE(Tool::RootLock::isTaken(root));
     EXPECT_TRUE(Tool::RootLock::take(root));
+}
+
+TEST(ASession, IsNotFoundInAFileOfAnotherKind)
+{
+    const Tool::Root root{TestSupport::ScratchRoot::file("foreign")};
+    const auto lock = Tool::RootLock::take(root);
+    for (const char* text : {"", "no json", "[]", "{}", R"({"environment": 1, "processes": {}})"}) {
+        std::ofstream(root.sessionFile()) << text;
+        EXPECT_FALSE(Tool::findSession(root)) << text;
+    }
 }
 
 TEST(ASession, IsFoundOnlyWhileItsRootIsLocked)

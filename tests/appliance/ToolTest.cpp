@@ -286,6 +286,24 @@ TEST_F(ARunningAppliance, EndsWithItsInputWhereThatIsAskedFor)
     EXPECT_FALSE(std::filesystem::exists(root + "/session.json"));
 }
 
+TEST_F(ARunningAppliance, EndsAtOnceWhereItsInputCannotStayOpen)
+{
+    const std::string root = TestSupport::ScratchRoot::file("no-stdin");
+    ChildProcess shell(
+        {"sh", "-c",
+         std::string(APPLIANCE_TOOL) + " up --until-stdin-closes --root " + root + " </dev/null"});
+    EXPECT_EQ(shell.wait().status, 0) << shell.errors();
+    EXPECT_TRUE(has(shell.output(), "The appliance is up"));
+}
+
+TEST_F(ARunningAppliance, EndsWellWhenItsTerminalGoesAway)
+{
+    up();
+    up_->signal(SIGHUP);
+    EXPECT_EQ(up_->wait().status, 0) << up_->errors();
+    EXPECT_FALSE(std::filesystem::exists(root_ + "/session.json"));
+}
+
 TEST_F(ARunningAppliance, EndsWellWithPicturesUnderWay)
 {
     up();

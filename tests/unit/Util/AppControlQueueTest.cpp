@@ -1,10 +1,10 @@
 // The queue before the sender: order, pace, copies, and what is dropped or refused.
 #include <unistd.h>
 
-#include "../Controller/Latch.h"
 #include "AppControl.h"
 #include "AppControlHandle.h"
 #include "ChildProcess.h"
+#include "Latch.h"
 #include "ObservedTest.h"
 #include "Sending.h"
 

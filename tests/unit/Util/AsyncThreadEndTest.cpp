@@ -6,10 +6,10 @@
 #include <fstream>
 #include <thread>
 
-#include "../Controller/Latch.h"
 #include "AsyncFixture.h"
 #include "AsyncThread.h"
 #include "ChildProcess.h"
+#include "Latch.h"
 
 using TestSupport::Calls;
 using TestSupport::ChildProcess;

@@ -9,9 +9,9 @@
 #include <thread>
 #include <type_traits>
 
-#include "../Controller/Latch.h"
 #include "../SignalMask.h"
 #include "AsyncFixture.h"
+#include "Latch.h"
 #include "Singleton.h"
 
 using TestSupport::Call;
