@@ -25,8 +25,8 @@ int AppBus::launch(AppPort::Handle request, const ReplyTarget& target)
     if (!current)
         return APP_CONTROL_ERROR_IO_ERROR;
     const Answer answer;
-    current->post([request = std::move(request), caller = ownAppId(), target,
-                   giver = answer.giver()](AppPort& port) { port.launch(request, caller, target, giver); });
+    current->post([request = std::move(request), caller = ownAppId(), target, giver = answer.giver()](
+                      AppSession::Ports& ports) { ports.app.launch(request, caller, target, giver); });
     return answer.wait();
 }
 
@@ -36,8 +36,8 @@ int AppBus::reply(const Origin& origin, int result, const ExtraData& extraData)
     if (!current)
         return APP_CONTROL_ERROR_IO_ERROR;
     const Answer answer;
-    current->post([&origin, result, &extraData, giver = answer.giver()](AppPort& port) {
-        giver->give(port.reply(origin, result, extraData));
+    current->post([&origin, result, &extraData, giver = answer.giver()](AppSession::Ports& ports) {
+        giver->give(ports.app.reply(origin, result, extraData));
     });
     return answer.wait();
 }
@@ -55,8 +55,8 @@ int AppBus::enterApp(const std::string& appId, const AppPort::RequestHandler& ha
     if (!current)
         return APP_CONTROL_ERROR_IO_ERROR;
     const Answer answer;
-    current->post([&appId, &handler, giver = answer.giver()](AppPort& port) {
-        giver->give(port.takeName(appId, handler));
+    current->post([&appId, &handler, giver = answer.giver()](AppSession::Ports& ports) {
+        giver->give(ports.app.takeName(appId, handler));
     });
     return answer.wait();
 }

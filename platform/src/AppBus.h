@@ -34,10 +34,12 @@ class AppBus {
     /** The app has ended: disconnects. Sends under way return IO_ERROR. */
     void leaveApp();
 
+    /** The connection, opened where there is none yet; null where none can be had. */
+    std::shared_ptr<AppSession> session();
+
   private:
     enum class Life { Tool, App, Ended };
 
-    std::shared_ptr<AppSession> session();
     void connect();
 
     std::mutex mutex_;

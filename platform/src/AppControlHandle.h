@@ -10,11 +10,9 @@
 #include <variant>
 #include <vector>
 
-namespace HostPlatform {
+#include "Text.h"
 
-/** A text that may be unset, which an app sees as null. */
-using Text = std::optional<std::string>;
-using TextList = std::vector<Text>;
+namespace HostPlatform {
 
 /** The extra data of one message: a text or a text list under each key. Not thread-safe. */
 class ExtraData {
@@ -49,12 +47,6 @@ struct Origin {
     std::string connection;   // unique name on the bus
     std::uint32_t requestId;  // the sender's; 0: wants no reply
 };
-
-/** Whether @p text is UTF-8 that travels on the bus: no surrogates, no noncharacters. */
-bool isUtf8(const std::string& text);
-
-/** Bytes of @p text; 0 where it is unset. */
-std::size_t sizeOf(const Text& text);
 
 /** Whether @p result ends a request, as an app_control_result_e of a reply must. */
 bool isFinalResult(int result);

@@ -3,22 +3,17 @@
 #include <new>
 #include <utility>
 
+#include "BusCalls.h"
+
 namespace HostPlatform {
 
 namespace {
 
 constexpr const char* AccessDenied = "org.freedesktop.DBus.Error.AccessDenied";
-constexpr const char* LimitsExceeded = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr const char* NotSupported = "org.freedesktop.DBus.Error.NotSupported";
 
 // What sd-bus itself answers in place of the bus has this sender.
 constexpr const char* LocalSender = "org.freedesktop.DBus.Local";
-
-void acknowledge(const sdbus::MethodCall& call)
-{
-    if (!call.doesntExpectReply())
-        call.createReply().send();
-}
 
 // An empty text on the wire stands for a value that is not set.
 Text valueOf(std::string text)
@@ -35,7 +30,7 @@ constexpr ErrorCode ErrorCodes[] = {
     {"org.freedesktop.DBus.Error.ServiceUnknown", APP_CONTROL_ERROR_APP_NOT_FOUND},
     {"org.freedesktop.DBus.Error.NameHasNoOwner", APP_CONTROL_ERROR_APP_NOT_FOUND},
     {"org.freedesktop.DBus.Error.Spawn.ServiceNotFound", APP_CONTROL_ERROR_APP_NOT_FOUND},
-    {Wire::InvalidArgs, APP_CONTROL_ERROR_INVALID_PARAMETER},
+    {BusCalls::InvalidArgs, APP_CONTROL_ERROR_INVALID_PARAMETER},
     {AccessDenied, APP_CONTROL_ERROR_PERMISSION_DENIED},
     {"org.freedesktop.DBus.Error.NoReply", APP_CONTROL_ERROR_TIMED_OUT},
     {"org.freedesktop.DBus.Error.Timeout", APP_CONTROL_ERROR_TIMED_OUT},
@@ -64,17 +59,6 @@ AppPort::Handle readRequest(sdbus::MethodCall& call)
     request->origin = std::move(origin);
     request->extraData = Wire::readExtraData(call);
     return request;
-}
-
-// What cannot be read is the caller's mistake, whatever sd-bus calls it.
-template <typename Read>
-auto readArguments(Read read)
-{
-    try {
-        return read();
-    } catch (const sdbus::Error& error) {
-        throw sdbus::Error(Wire::InvalidArgs, error.getMessage());
-    }
 }
 
 }  // namespace
@@ -157,10 +141,10 @@ void AppPort::onLaunch(sdbus::MethodCall call)
 {
     if (!handler_)
         throw sdbus::Error(NotSupported, "no app runs here");
-    if (mainLoop_.waiting() >= Wire::MaxWaitingRequests)
-        throw sdbus::Error(LimitsExceeded, "too many requests wait for this app");
-    const Handle request = readArguments([&] { return readRequest(call); });
-    acknowledge(call);
+    if (mainLoop_.waiting() >= BusCalls::MaxWaiting)
+        throw sdbus::Error(BusCalls::LimitsExceeded, "too many requests wait for this app");
+    const Handle request = BusCalls::readArguments([&] { return readRequest(call); });
+    BusCalls::acknowledge(call);
     mainLoop_.post([handler = handler_, request] { handler(request.get()); });
 }
 
@@ -173,10 +157,10 @@ void AppPort::onReply(sdbus::MethodCall call)
     if (pending == pending_.end() || pending->second.receiver != call.getSender())
         throw sdbus::Error(AccessDenied, "no request that waits for a reply of this connection");
     if (!isFinalResult(result))
-        throw sdbus::Error(Wire::InvalidArgs, "result must be 0, -1 or -2");
+        throw sdbus::Error(BusCalls::InvalidArgs, "result must be 0, -1 or -2");
     auto reply = std::make_shared<app_control_s>();
-    reply->extraData = readArguments([&] { return Wire::readExtraData(call); });
-    acknowledge(call);
+    reply->extraData = BusCalls::readArguments([&] { return Wire::readExtraData(call); });
+    BusCalls::acknowledge(call);
     finish(pending->second, reply, static_cast<app_control_result_e>(result));
     pending_.erase(pending);
 }

@@ -53,7 +53,8 @@ AppSession::AppSession(std::function<void()> lost)
       wakeDescriptor_(newEventDescriptor(), sdbus::adopt_fd),
       connection_(sdbus::createSessionBusConnection())
 {
-    port_ = std::make_unique<AppPort>(*connection_, MainLoop::instance());
+    MainLoop& mainLoop = MainLoop::instance();
+    ports_.reset(new Ports{{*connection_, mainLoop}, {*connection_, mainLoop}});
 }
 
 void AppSession::startThread()
@@ -107,7 +108,7 @@ void AppSession::processUntilStopped()
 {
     while (runTasks()) {
         const bool processed = connection_->processPendingRequest();
-        port_->tidy();
+        ports_->app.tidy();
         if (!processed)
             waitForWork();
     }
@@ -123,7 +124,7 @@ bool AppSession::runTasks()
         tasks.swap(tasks_);
     }
     for (const Task& task : tasks)
-        task(*port_);
+        task(*ports_);
     return true;
 }
 
@@ -147,8 +148,8 @@ void AppSession::end(bool lost)
         dropped.swap(tasks_);
     }
     if (lost)
-        port_->failAll();
-    port_.reset();
+        ports_->app.failAll();
+    ports_.reset();
     connection_.reset();
     if (lost)
         lost_();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "AppPort.h"
+#include "VoicePort.h"
 
 namespace HostPlatform {
 
@@ -18,7 +19,12 @@ namespace HostPlatform {
  */
 class AppSession : public std::enable_shared_from_this<AppSession> {
   public:
-    using Task = std::function<void(AppPort&)>;
+    /** The objects on the connection; only the session's thread may use them. */
+    struct Ports {
+        AppPort app;
+        VoicePort voice;
+    };
+    using Task = std::function<void(Ports&)>;
 
     /** Throws sdbus::Error where the bus cannot be reached, std::system_error where no thread or
      *  descriptor can be had. */
@@ -51,7 +57,7 @@ class AppSession : public std::enable_shared_from_this<AppSession> {
     std::function<void()> lost_;
     sdbus::UnixFd wakeDescriptor_;
     std::unique_ptr<sdbus::IConnection> connection_;
-    std::unique_ptr<AppPort> port_;
+    std::unique_ptr<Ports> ports_;
     mutable std::mutex mutex_;  // of what follows
     std::vector<Task> tasks_;
     bool stopping_ = false;

@@ -2,6 +2,8 @@
 
 #include <systemd/sd-bus.h>
 
+#include "BusCalls.h"
+
 namespace HostPlatform::Wire {
 
 namespace {
@@ -45,7 +47,7 @@ ExtraData::Value readValue(sdbus::Message& message, const std::string& key)
     std::string contents;
     message.peekType(type, contents);
     if (contents != "s" && contents != "as")
-        throw sdbus::Error(InvalidArgs,
+        throw sdbus::Error(BusCalls::InvalidArgs,
                            "extra \"" + key + "\" has type " + contents + "; s and as are allowed");
     message.enterVariant(contents);
     ExtraData::Value value = contents == "s" ? readText(message) : readList(message);

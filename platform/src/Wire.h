@@ -12,15 +12,8 @@ namespace HostPlatform::Wire {
 
 inline const char* const Path = "/org/tizen/AppControl";
 inline const char* const Interface = "org.tizen.AppControl1";
-inline constexpr const char* InvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 
 constexpr std::chrono::seconds LaunchLimit{25};
-
-/** Texts of one message, together; the bus drops a client that sends more than it takes. */
-constexpr std::size_t MaxTextBytes = 16 * 1024 * 1024;
-
-/** Requests that wait for the receiver's main loop. */
-constexpr std::size_t MaxWaitingRequests = 4096;
 
 /** Appends an a{sv} of texts and text lists; null elements become empty texts. Throws sdbus::Error. */
 void writeExtraData(sdbus::Message& message, const ExtraData& extraData);

@@ -10,6 +10,7 @@
 namespace {
 
 using HostPlatform::ExtraData;
+using HostPlatform::handOut;
 using HostPlatform::Text;
 using HostPlatform::TextList;
 
@@ -39,22 +40,13 @@ int setText(app_control_h handle, Text app_control_s::*field, const char* value)
     });
 }
 
-int copyOut(const std::string& text, char** out)
-{
-    char* copy = strdup(text.c_str());
-    if (!copy)
-        return APP_CONTROL_ERROR_OUT_OF_MEMORY;
-    *out = copy;
-    return APP_CONTROL_ERROR_NONE;
-}
-
 int getText(app_control_h handle, const Text app_control_s::*field, char** out)
 {
     if (!handle || !out)
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
     const Text& text = handle->*field;
     if (text)
-        return copyOut(*text, out);
+        return handOut(text->c_str(), out);
     *out = nullptr;
     return APP_CONTROL_ERROR_NONE;
 }
@@ -100,7 +92,7 @@ int copyOut(const TextList& list, char*** out, int* length)
         return APP_CONTROL_ERROR_OUT_OF_MEMORY;
     for (int i = 0; i < count; ++i) {
         const Text& text = list[static_cast<std::size_t>(i)];
-        if (text && copyOut(*text, &array.get()[i]) != APP_CONTROL_ERROR_NONE)
+        if (text && handOut(text->c_str(), &array.get()[i]) != APP_CONTROL_ERROR_NONE)
             return APP_CONTROL_ERROR_OUT_OF_MEMORY;
     }
     *out = array.release();
@@ -234,7 +226,7 @@ int app_control_get_extra_data(app_control_h app_control, const char* key, char*
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
     const std::string* text = nullptr;
     const int result = find(app_control, key, &text);
-    return text ? copyOut(*text, value) : result;
+    return text ? handOut(text->c_str(), value) : result;
 }
 
 int app_control_get_extra_data_array(app_control_h app_control, const char* key, char*** value, int* length)
@@ -279,7 +271,7 @@ int app_control_get_caller(app_control_h app_control, char** id)
 {
     if (!app_control || !id || !app_control->origin || app_control->origin->caller.empty())
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
-    return copyOut(app_control->origin->caller, id);
+    return handOut(app_control->origin->caller.c_str(), id);
 }
 
 int app_control_is_reply_requested(app_control_h app_control, bool* requested)

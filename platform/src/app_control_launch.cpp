@@ -4,6 +4,7 @@
 #include <new>
 
 #include "AppBus.h"
+#include "BusCalls.h"
 #include "Wire.h"
 
 namespace {
@@ -11,6 +12,7 @@ namespace {
 using HostPlatform::AppBus;
 using HostPlatform::AppPort;
 using HostPlatform::Text;
+namespace BusCalls = HostPlatform::BusCalls;
 namespace Wire = HostPlatform::Wire;
 
 bool isUtf8(const Text& text)
@@ -24,7 +26,7 @@ int checkMessage(const app_control_s& message)
         return APP_CONTROL_ERROR_INVALID_PARAMETER;
     const std::size_t size = HostPlatform::sizeOf(message.operation) + HostPlatform::sizeOf(message.uri) +
                              message.extraData.size();
-    return size > Wire::MaxTextBytes ? APP_CONTROL_ERROR_LAUNCH_FAILED : APP_CONTROL_ERROR_NONE;
+    return size > BusCalls::MaxTextBytes ? APP_CONTROL_ERROR_LAUNCH_FAILED : APP_CONTROL_ERROR_NONE;
 }
 
 int checkRequest(const app_control_s& request)

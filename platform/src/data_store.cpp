@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "Text.h"
 #include "appliance_root.h"
 #include "data_store_schema.h"
 
@@ -171,11 +172,7 @@ int ndd_manager_get_primary_key(ndd_manager_h manager, char** name)
 {
     if (manager == nullptr || name == nullptr)
         return NDD_ERROR_INVALID_PARAMETER;
-    char* copy = ::strdup(manager->schema->primaryKey.c_str());
-    if (copy == nullptr)
-        return NDD_ERROR_OUT_OF_MEMORY;
-    *name = copy;
-    return NDD_ERROR_NONE;
+    return HostPlatform::handOut(manager->schema->primaryKey.c_str(), name);
 }
 
 int ndd_manager_insert(ndd_manager_h manager, ndd_bundle_h bundle)

@@ -3,8 +3,11 @@
 #include <app_control.h>
 #include <dlog.h>
 #include <gtest/gtest.h>
+#include <nuvex-da-parser.h>
 #include <tzplatform_config.h>
 #include <vconf.h>
+#include <voice_control.h>
+#include <voice_control_command_expand.h>
 
 #include <string>
 
@@ -63,5 +66,45 @@ INSTANTIATE_TEST_SUITE_P(LogPriorities, ThePlatformsNumber,
 
 INSTANTIATE_TEST_SUITE_P(Paths, ThePlatformsNumber,
                          testing::Values(NUMBER(TZ_USER_APP, 50), NUMBER(TZ_USER_CONTENT, 55)), nameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    VoiceErrors, ThePlatformsNumber,
+    testing::Values(NUMBER(TIZEN_ERROR_VOICE_CONTROL, -49610752), NUMBER(VC_ERROR_NONE, 0),
+                    NUMBER(VC_ERROR_OUT_OF_MEMORY, -12), NUMBER(VC_ERROR_IO_ERROR, -5),
+                    NUMBER(VC_ERROR_INVALID_PARAMETER, -22), NUMBER(VC_ERROR_TIMED_OUT, -1073741823),
+                    NUMBER(VC_ERROR_RECORDER_BUSY, -16), NUMBER(VC_ERROR_PERMISSION_DENIED, -13),
+                    NUMBER(VC_ERROR_NOT_SUPPORTED, -1073741822), NUMBER(VC_ERROR_INVALID_STATE, -49610735),
+                    NUMBER(VC_ERROR_INVALID_LANGUAGE, -49610734),
+                    NUMBER(VC_ERROR_ENGINE_NOT_FOUND, -49610733),
+                    NUMBER(VC_ERROR_OPERATION_FAILED, -49610732),
+                    NUMBER(VC_ERROR_OPERATION_REJECTED, -49610731), NUMBER(VC_ERROR_ITERATION_END, -49610730),
+                    NUMBER(VC_ERROR_EMPTY, -49610729), NUMBER(VC_ERROR_SERVICE_RESET, -49610728),
+                    NUMBER(VC_ERROR_IN_PROGRESS_TO_READY, -49610727),
+                    NUMBER(VC_ERROR_IN_PROGRESS_TO_RECORDING, -49610720),
+                    NUMBER(VC_ERROR_IN_PROGRESS_TO_PROCESSING, -49610719),
+                    NUMBER(VC_ERROR_NOT_SUPPORTED_FEATURE, -49610718)),
+    nameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Voice, ThePlatformsNumber,
+    testing::Values(NUMBER(VC_STATE_NONE, 0), NUMBER(VC_STATE_INITIALIZED, 1), NUMBER(VC_STATE_READY, 2),
+                    NUMBER(VC_SERVICE_STATE_NONE, 0), NUMBER(VC_SERVICE_STATE_READY, 1),
+                    NUMBER(VC_SERVICE_STATE_RECORDING, 2), NUMBER(VC_SERVICE_STATE_PROCESSING, 3),
+                    NUMBER(VC_RESULT_EVENT_RESULT_SUCCESS, 0), NUMBER(VC_RESULT_EVENT_REJECTED, 1),
+                    NUMBER(VC_COMMAND_TYPE_FOREGROUND, 1), NUMBER(VC_COMMAND_TYPE_BACKGROUND, 2),
+                    NUMBER(VC_CMD_FORMAT_FIXED, 0), NUMBER(VC_CMD_FORMAT_FIXED_AND_VFIXED, 1),
+                    NUMBER(VC_CMD_FORMAT_VFIXED_AND_FIXED, 2), NUMBER(VC_CMD_FORMAT_FIXED_AND_NONFIXED, 3),
+                    NUMBER(VC_CMD_FORMAT_NONFIXED_AND_FIXED, 4), NUMBER(VC_CMD_FORMAT_ACTION, 5),
+                    NUMBER(VC_CMD_FORMAT_PARTIAL, 6)),
+    nameOf);
+
+INSTANTIATE_TEST_SUITE_P(ParserErrors, ThePlatformsNumber,
+                         testing::Values(NUMBER(NDP_ERROR_NONE, 0), NUMBER(NDP_ERROR_OUT_OF_MEMORY, -12),
+                                         NUMBER(NDP_ERROR_INVALID_PARAMETER, -22),
+                                         NUMBER(NDP_ERROR_PARSE_JSON_FAILED, -49676271),
+                                         NUMBER(NDP_ERROR_NO_SUCH_VALUE, -49676270),
+                                         NUMBER(NDP_ERROR_INVALID_TYPE, -49676269),
+                                         NUMBER(NDP_ERROR_INTERNAL_ERROR, -49676268)),
+                         nameOf);
 
 }  // namespace

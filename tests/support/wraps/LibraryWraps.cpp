@@ -1,4 +1,4 @@
-// SQLite, the JSON parser, and what the system has for files, commands and time.
+// SQLite, the JSON parser, and what the system has for files, memory, commands and time.
 // Arguments noted: paths, SQL, commands, numbers.
 #include <json-glib/json-glib.h>
 #include <sqlite3.h>
@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 
 #include "CallNotes.h"
 
@@ -25,8 +26,14 @@ decltype(json_parser_new) __real_json_parser_new, __wrap_json_parser_new;
 decltype(json_node_get_object) __real_json_node_get_object, __wrap_json_node_get_object;
 FILE* __real_fopen(const char*, const char*);
 FILE* __wrap_fopen(const char*, const char*);
+size_t __real_fread(void*, size_t, size_t, FILE*);
+size_t __wrap_fread(void*, size_t, size_t, FILE*);
 size_t __real_fwrite(const void*, size_t, size_t, FILE*);
 size_t __wrap_fwrite(const void*, size_t, size_t, FILE*);
+int __real_fseek(FILE*, long, int);
+int __wrap_fseek(FILE*, long, int);
+long __real_ftell(FILE*);
+long __wrap_ftell(FILE*);
 int __real_fflush(FILE*);
 int __wrap_fflush(FILE*);
 int __real_fclose(FILE*);
@@ -35,6 +42,10 @@ int __real_fsync(int);
 int __wrap_fsync(int);
 void __real_sync();
 void __wrap_sync();
+int __real_unlink(const char*);
+int __wrap_unlink(const char*);
+void* __real__ZnamRKSt9nothrow_t(size_t, const std::nothrow_t&);
+void* __wrap__ZnamRKSt9nothrow_t(size_t, const std::nothrow_t&);
 int __real_system(const char*);
 int __wrap_system(const char*);
 int __real_mkdir(const char*, mode_t);
@@ -105,11 +116,28 @@ FILE* __wrap_fopen(const char* path, const char* mode)
     return CallNotes::mustFail("fopen", {text(path), text(mode)}) ? nullptr : __real_fopen(path, mode);
 }
 
-// Its failure is a short count: the code is how many items it takes.
+// The failure of these two is a short count: the code is how many items they take.
+size_t __wrap_fread(void* bytes, size_t size, size_t count, FILE* file)
+{
+    return observe("fread", {std::to_string(size), std::to_string(count)},
+                   [&] { return __real_fread(bytes, size, count, file); });
+}
+
 size_t __wrap_fwrite(const void* bytes, size_t size, size_t count, FILE* file)
 {
     return observe("fwrite", {std::to_string(size), std::to_string(count)},
                    [&] { return __real_fwrite(bytes, size, count, file); });
+}
+
+int __wrap_fseek(FILE* file, long offset, int whence)
+{
+    return observePosix("fseek", {std::to_string(offset), std::to_string(whence)},
+                        [&] { return __real_fseek(file, offset, whence); });
+}
+
+long __wrap_ftell(FILE* file)
+{
+    return observe("ftell", {}, [&] { return __real_ftell(file); });
 }
 
 int __wrap_fflush(FILE* file)
@@ -131,6 +159,18 @@ void __wrap_sync()
 {
     note("sync");
     __real_sync();
+}
+
+int __wrap_unlink(const char* path)
+{
+    return observePosix("unlink", {text(path)}, [&] { return __real_unlink(path); });
+}
+
+void* __wrap__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag)
+{
+    return CallNotes::mustFail("operator new[]", {std::to_string(size)})
+               ? nullptr
+               : __real__ZnamRKSt9nothrow_t(size, tag);
 }
 
 int __wrap_system(const char* command)
