@@ -8,13 +8,13 @@
 #include "Log.h"
 #include "SearchControl.h"
 #include "Singleton.h"
+#include "VoiceControl.h"
 
 namespace Carvoy {
 
 Service::Service() = default;
 
-// The controllers are not the Service's to delete here: the platform may leave it without calling terminate,
-// and then nothing is deleted at all.
+// The controllers end in onTerminate, in an order of their own.
 Service::~Service() = default;
 
 // A failure of the status store is no reason not to start: every search writes the same record, and the store
@@ -23,9 +23,9 @@ Service::~Service() = default;
 bool Service::onCreate()
 {
     LOG_I("Service::onCreate");
+    Util::Singleton<VoiceControl>::getInstance();
     // No search has been made in this run yet. What an earlier run knew of login and link stays.
     DBControl::updateStatus(-1, -1, 0, -1, -1);
-
     return true;
 }
 
@@ -59,13 +59,14 @@ void Service::sendResult()
     Util::Singleton<SearchControl>::getInstance()->sendResultToUI();
 }
 
-// The pointer stays as it is: nobody asks for the controller behind this point, and whoever did would have to
-// see it in the debugger rather than get a second one.
+// Voice goes first: from then on nobody reads the last search's result.
 //
-// What the controller has running on other threads ends while it is deleted.
+// The pointers stay as they are: whoever asked for a controller behind this point would have to see that in
+// the debugger rather than get a second one.
 void Service::onTerminate()
 {
     LOG_I("Service::onTerminate");
+    delete Util::Singleton<VoiceControl>::mInstance;
     delete Util::Singleton<SearchControl>::mInstance;
 }
 

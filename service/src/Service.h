@@ -18,7 +18,9 @@ class Service {
     Service();
     virtual ~Service();
 
-    /** Writes the first status record. Always true: nothing that fails here keeps the service from starting.
+    /**
+     * Registers with voice control and writes the first status record. Always true: nothing that fails here
+     * keeps the service from starting.
      */
     bool onCreate();
 

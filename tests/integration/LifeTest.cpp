@@ -12,10 +12,20 @@ using Texts = std::vector<std::string>;
 
 const Texts StartTexts = {"main.cpp:29 main info: main",
                           "Log.h:73 printVersion info: Carvoy Version: 0.0.1-5.12",
-                          "main.cpp:38 main info: main----2", "main.cpp:10 _create info: _create",
-                          "Service.cpp:25 onCreate info: Service::onCreate"};
+                          "main.cpp:38 main info: main----2",
+                          "main.cpp:10 _create info: _create",
+                          "Service.cpp:25 onCreate info: Service::onCreate",
+                          "VoiceControl.cpp:52 VoiceControl debug: ",
+                          "VoiceControl.cpp:82 initVoiceControl debug: ",
+                          "VoiceControl.cpp:152 _vc_create_command_list debug: ==== Create Command List ====",
+                          "VoiceControl.cpp:200 _vc_state_changed_cb debug: ==== State is changed ====",
+                          "VoiceControl.cpp:201 _vc_state_changed_cb debug: "
+                          "Previous(Initialized) -> Current(Ready)",
+                          "VoiceControl.cpp:204 _vc_state_changed_cb debug: set invocation name",
+                          "VoiceControl.cpp:207 _vc_state_changed_cb debug: set command list"};
 const Texts EndTexts = {"main.cpp:16 _terminate info: _terminate",
-                        "Service.cpp:68 onTerminate info: Service::onTerminate"};
+                        "Service.cpp:68 onTerminate info: Service::onTerminate",
+                        "VoiceControl.cpp:129 deinitVoiceControl debug: "};
 
 Texts operator+(Texts one, const Texts& other)
 {

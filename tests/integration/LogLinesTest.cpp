@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <set>
 
-#include "ServiceWorld.h"
+#include "VoiceWorld.h"
 
 namespace ServiceTest {
 
@@ -62,13 +62,14 @@ bool fits(const LogLine& line, const std::string& level, const std::string& form
     return line.level == level && begin == literal;
 }
 
-class TheLog : public ServiceWorld {
+class TheLog : public VoiceWorld {
   protected:
     void SetUp() override
     {
+        VoiceWorld::SetUp();
         ui = std::make_unique<UiPeer>();
         stock(threeProducts());
-        startService();
+        startListening();
     }
 
     void searchAndWait()
@@ -121,6 +122,23 @@ class TheLog : public ServiceWorld {
         EXPECT_TRUE(log.waitFor("Failed to launch request"));
     }
 
+    // Each voice command of the four, whatever a command can lack, and the other events; then a client that
+    // is no longer ready when the service ends.
+    void provokeTheVoice()
+    {
+        const std::string choice = R"({"actionName": "Commerce Searched Item")";
+        voice->serviceState(2);
+        voice->error(1);
+        voice->language("ko_KR");
+        voice->result(1, {"as spoken"}, {});
+        say({});
+        say({Nlu::action("Commerce Add To Cart"), Nlu::action("Commerce Check Out"),
+             Nlu::action("Show Cart Success"), Nlu::item("\"1\""), "", "{broken", choice + "}",
+             choice + R"(, "actionData": {}})"});
+        voice->clientState(1);
+        EXPECT_TRUE(log.waitFor("Previous(Ready) -> Current(Initialized)"));
+    }
+
     std::set<Place> placesLogged() const
     {
         std::set<Place> places;
@@ -137,6 +155,7 @@ TEST_F(TheLog, ShowsEveryFixedStatementThatCanBeReachedFromOutside)
     provokeTheMerchant();
     provokeTheEscape();
     provokeTheSender();
+    provokeTheVoice();
     stopService();
 
     std::set<Place> expected;
@@ -158,6 +177,7 @@ TEST_F(TheLog, GivesEachFixedStatementItsLevelAndItsText)
     provokeTheDelivery();
     provokeTheStores();
     provokeTheMerchant();
+    provokeTheVoice();
     stopService();
 
     for (const Row& row : readTable("log-lines.csv")) {
@@ -172,6 +192,7 @@ TEST_F(TheLog, HoldsNoLineOutOfTheServicesForm)
 {
     provokeTheDelivery();
     provokeTheMerchant();
+    provokeTheVoice();
     stopService();
 
     for (const LogLine& line : log.lines()) {
@@ -184,6 +205,7 @@ TEST_F(TheLog, SaysTheSameAsStandardOutput)
 {
     provokeTheDelivery();
     provokeTheMerchant();
+    provokeTheVoice();
     stopService();
 
     std::multiset<std::string> plain;

@@ -118,8 +118,8 @@ TEST_F(ARequest, WithAnOperationThatIsNotForTheServiceIsIgnored)
     EXPECT_EQ(searches().size(), 0U);
     EXPECT_EQ(log.count("app_control"), operations.size() + 1);
     EXPECT_EQ(log.count("Service::onAppControl"), operations.size() + 1);
-    // The start, two lines for each request, and the empty line of the last one.
-    EXPECT_EQ(log.lines().size(), 5 + 2 * (operations.size() + 1) + 1);
+    // The start with voice, two lines for each request, and the empty line of the last one.
+    EXPECT_EQ(log.lines().size(), 12 + 2 * (operations.size() + 1) + 1);
 }
 
 TEST_F(ARequest, WithExtrasThatNobodyKnowsIsTakenAllTheSame)

@@ -23,6 +23,9 @@ namespace {
 constexpr const char* const Host = CARVOY_MERCHANT_BRIDGE_HOST;
 constexpr std::chrono::milliseconds PollInterval{5};
 
+// What the service logs last before it waits for requests.
+constexpr const char* const LastOfStart = "set command list";
+
 std::string newRoot()
 {
     std::string path = ScratchRoot::file("w-XXXXXX");
@@ -102,19 +105,25 @@ void ServiceWorld::TearDown()
         stopService();
 }
 
-void ServiceWorld::startService()
+void ServiceWorld::startService(Until until, const ChildProcess::Variables& added, const std::string& program)
 {
     // The run before may have ended without the bus having noticed.
     ASSERT_TRUE(TestSupport::waitForName(ServiceId, false));
-    service = runService();
+    const std::size_t starts = log.count(LastOfStart);
+    service = runService(added, program);
     ASSERT_TRUE(TestSupport::waitForName(ServiceId)) << service->errors();
+    if (until == Until::ReadyForVoice) {
+        ASSERT_TRUE(log.waitFor(LastOfStart, starts + 1)) << service->errors();
+    }
 }
 
-std::unique_ptr<ChildProcess> ServiceWorld::runService(const ChildProcess::Variables& added) const
+std::unique_ptr<ChildProcess> ServiceWorld::runService(const ChildProcess::Variables& added,
+                                                       const std::string& program) const
 {
     ChildProcess::Variables all = variables();
     all.insert(all.end(), added.begin(), added.end());
-    return std::make_unique<ChildProcess>(std::vector<std::string>{CARVOY_SERVICE}, all);
+    return std::make_unique<ChildProcess>(
+        std::vector<std::string>{program.empty() ? CARVOY_SERVICE : program}, all);
 }
 
 ChildProcess::Variables ServiceWorld::variables() const

@@ -45,12 +45,16 @@ class ServiceWorld : public testing::Test {
     ServiceWorld();
     void TearDown() override;
 
-    /** Starts the service and waits until it is on the bus. */
-    void startService();
+    enum class Until { OnBus, ReadyForVoice };
 
-    /** The same without the wait; later variables win. */
+    /** Starts the service and waits. Later variables win; another program may stand for the service's own. */
+    void startService(Until until = Until::ReadyForVoice,
+                      const TestSupport::ChildProcess::Variables& added = {},
+                      const std::string& program = {});
+
+    /** The same without the wait. */
     std::unique_ptr<TestSupport::ChildProcess> runService(
-        const TestSupport::ChildProcess::Variables& added = {}) const;
+        const TestSupport::ChildProcess::Variables& added = {}, const std::string& program = {}) const;
     TestSupport::ChildProcess::Variables variables() const;
 
     /** Asks the service to end, and expects status 0 and no word of a sanitizer. */

@@ -4,7 +4,9 @@
 #include <thread>
 
 #include "Dice.h"
+#include "Recogniser.h"
 #include "ServiceWorld.h"
+#include "SiteValues.h"
 
 namespace ServiceTest {
 
@@ -89,6 +91,22 @@ class TheEnd : public ServiceWorld {
         EXPECT_EQ(pictureFiles(), std::vector<std::string>{});
     }
 
+    void saySomething(TestSupport::Recogniser& voice)
+    {
+        const std::vector<std::string> nlus = {R"({"actionName": "Commerce Add To Cart"})", "{broken", "",
+                                               R"({"actionName": "Commerce Searched Item",
+                "actionData": {"representativeCommerceData": {"id": ")" +
+                                                   std::to_string(dice.upTo(Pictures + 1)) + "\"}}}"};
+        if (dice.onceIn(5))
+            voice.clientState(dice.upTo(2));
+        else if (dice.onceIn(5))
+            voice.error(-dice.upTo(30));
+        else
+            voice.result(
+                dice.upTo(4) / 4, {"as spoken"},
+                {nlus[static_cast<std::size_t>(dice.upTo(3))], nlus[static_cast<std::size_t>(dice.upTo(3))]});
+    }
+
     std::unique_ptr<LivelyUi> livelyUi()
     {
         return std::make_unique<LivelyUi>(static_cast<unsigned>(dice.upTo(4)));
@@ -158,10 +176,28 @@ TEST_F(TheEnd, ComesWhileRepliesAreUnderWay)
     }
 }
 
+// The recogniser says what it likes, in whatever state; now and then one of the two apps is not there.
+TEST_F(TheEnd, ComesWhileItIsSpokenTo)
+{
+    const auto screen = livelyUi();
+    for (int round = 0; round < Rounds && !HasFailure(); ++round) {
+        const auto partner = dice.onceIn(4) ? nullptr : std::make_unique<RawPeer>(CARVOY_PARTNER_APP_ID);
+        const auto assistant = dice.onceIn(4) ? nullptr : std::make_unique<RawPeer>("org.tizen.nuvex-da");
+        takeLongerForPictures(20);
+        startService();
+        TestSupport::Recogniser voice(ServiceId);
+        search();
+        for (int sentences = dice.upTo(30); sentences >= 0; --sentences)
+            saySomething(voice);
+        askForResult();
+        endWithin(100);
+    }
+}
+
 TEST_F(TheEnd, ComesAsSoonAsItHasStarted)
 {
     for (int round = 0; round < Rounds && !HasFailure(); ++round) {
-        startService();
+        startService(Until::OnBus);
         if (dice.onceIn(2))
             search();
         endWithin(3);

@@ -13,6 +13,8 @@
 #include "Products.h"
 #include "SearchControlFixture.h"
 #include "Singleton.h"
+#include "VoiceControl.h"
+#include "VoiceStandIn.h"
 
 using TestSupport::Calls;
 
@@ -21,6 +23,9 @@ namespace Carvoy {
 namespace {
 
 using Texts = std::vector<std::string>;
+
+const Texts CREATED = {"onCreate: Service::onCreate", "VoiceControl: ", "initVoiceControl: ",
+                       "_vc_create_command_list: ==== Create Command List ===="};
 
 const std::string SERVICE = "http://carvoy-service/appcontrol/operation/";
 
@@ -31,21 +36,31 @@ class ServiceTest : public SearchControlFixture {
     {
         SearchControlFixture::SetUp();
         search_.reset();
+        TestSupport::VoiceStandIn::reset();
         Calls::reset();
     }
 
     void TearDown() override
     {
+        delete std::exchange(Util::Singleton<VoiceControl>::mInstance, nullptr);
         search_.reset(std::exchange(Util::Singleton<SearchControl>::mInstance, nullptr));
         SearchControlFixture::TearDown();
     }
 
     static SearchControl* controller() { return Util::Singleton<SearchControl>::mInstance; }
 
-    /** The end of the service, behind which its controller must not be asked for again. */
+    static VoiceControl* voice() { return Util::Singleton<VoiceControl>::mInstance; }
+
+    /** The end of the service, behind which its controllers must not be asked for again. */
     void terminate()
     {
         service_.onTerminate();
+        forgetControllers();
+    }
+
+    static void forgetControllers()
+    {
+        Util::Singleton<VoiceControl>::mInstance = nullptr;
         Util::Singleton<SearchControl>::mInstance = nullptr;
     }
 
@@ -75,9 +90,35 @@ static_assert(sizeof(Service) == sizeof(void*));
 TEST_F(ServiceTest, CreateWritesTheFirstStatusRecord)
 {
     EXPECT_TRUE(service_.onCreate());
-    EXPECT_EQ(logged(), Texts{"onCreate: Service::onCreate"});
+    EXPECT_EQ(logged(), CREATED);
     EXPECT_EQ(statusRecord(), (StatusRecord{{}, {}, 0, {}, {}}));
     EXPECT_EQ(controller(), nullptr);
+}
+
+TEST_F(ServiceTest, CreateMakesTheClientOfVoiceControlBeforeItWritesTheRecord)
+{
+    EXPECT_TRUE(service_.onCreate());
+    EXPECT_NE(voice(), nullptr);
+    EXPECT_EQ(Calls::order({"vc_prepare", "ndd_manager_create"}),
+              (Texts{"vc_prepare", "ndd_manager_create"}));
+}
+
+TEST_F(ServiceTest, CreateKeepsTheClientThatIsThereAlready)
+{
+    VoiceControl* const before = Util::Singleton<VoiceControl>::getInstance();
+    Calls::reset();
+    EXPECT_TRUE(service_.onCreate());
+    EXPECT_EQ(voice(), before);
+    EXPECT_EQ(logged(), Texts{"onCreate: Service::onCreate"});
+    EXPECT_EQ(statusRecord(), (StatusRecord{{}, {}, 0, {}, {}}));
+}
+
+TEST_F(ServiceTest, CreateSucceedsWithoutVoice)
+{
+    Calls::fail("vc_initialize", VC_ERROR_NOT_SUPPORTED);
+    EXPECT_TRUE(service_.onCreate());
+    EXPECT_EQ(loggedErrors(), Texts{"initVoiceControl: [ERROR] Fail to initialize"});
+    EXPECT_EQ(statusRecord(), (StatusRecord{{}, {}, 0, {}, {}}));
 }
 
 TEST_F(ServiceTest, CreateResetsTheCountOfProductsOnly)
@@ -91,7 +132,7 @@ TEST_F(ServiceTest, CreateSucceedsWithoutTheStatusStore)
 {
     Calls::failAlways("ndd_manager_create", -5);
     EXPECT_TRUE(service_.onCreate());
-    EXPECT_EQ(logged(), Texts{"onCreate: Service::onCreate"});
+    EXPECT_EQ(logged(), CREATED);
 }
 
 TEST_F(ServiceTest, ASearchIsMadeBeforeTheRequestIsOver)
@@ -220,12 +261,32 @@ TEST_F(ServiceTest, NoRequestIsEverRepliedTo)
     EXPECT_EQ(Calls::replies().size(), 0u);
 }
 
-TEST_F(ServiceTest, TerminateWithoutARequestDeletesNothing)
+TEST_F(ServiceTest, TerminateWithoutARequestDeletesOnlyTheClientOfVoiceControl)
 {
     EXPECT_TRUE(service_.onCreate());
+    Calls::reset();
     terminate();
-    EXPECT_EQ(logged(), (Texts{"onCreate: Service::onCreate", "onTerminate: Service::onTerminate"}));
+    EXPECT_EQ(logged(), (Texts{"onTerminate: Service::onTerminate", "deinitVoiceControl: "}));
     EXPECT_EQ(Calls::count("system"), 0u);
+}
+
+TEST_F(ServiceTest, TerminateWithoutCreateDeletesNothing)
+{
+    terminate();
+    EXPECT_EQ(logged(), Texts{"onTerminate: Service::onTerminate"});
+}
+
+TEST_F(ServiceTest, TerminateDeletesTheClientOfVoiceControlFirstAndLeavesItsPointer)
+{
+    EXPECT_TRUE(service_.onCreate());
+    request(SERVICE + "result");
+    VoiceControl* const before = voice();
+    Calls::reset();
+    service_.onTerminate();
+    EXPECT_EQ(voice(), before);
+    EXPECT_EQ(Calls::order({"vc_deinitialize", "system"}).front(), "vc_deinitialize");
+    EXPECT_GT(Calls::count("system"), 0u);
+    forgetControllers();
 }
 
 TEST_F(ServiceTest, TerminateDeletesTheControllerAndLeavesItsPointer)
@@ -236,7 +297,7 @@ TEST_F(ServiceTest, TerminateDeletesTheControllerAndLeavesItsPointer)
     service_.onTerminate();
     EXPECT_EQ(controller(), before);
     EXPECT_FALSE(std::filesystem::exists(imageFile("")));
-    Util::Singleton<SearchControl>::mInstance = nullptr;
+    forgetControllers();
 }
 
 TEST_F(ServiceTest, TerminateWhileAPictureIsOnItsWayWaitsForIt)
