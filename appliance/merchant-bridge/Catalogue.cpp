@@ -1,18 +1,16 @@
-// Reads the catalogue strictly: a member missing or of a wrong type is an error, not a default.
+// The catalogue's members, and its names for the search.
 #include "Catalogue.h"
 
-#include "SearchText.h"
-
-#include <nlohmann/json.hpp>
+#include "NameSearch.h"
+#include "StockFile.h"
 
 #include <algorithm>
-#include <fstream>
-#include <stdexcept>
 
 namespace Appliance::MerchantBridge {
 namespace {
 
 using nlohmann::json;
+using StandIn::readList;
 
 Variant readVariant(const json& from)
 {
@@ -23,17 +21,6 @@ Variant readVariant(const json& from)
     if (from.contains("formerPriceAmountMinorUnits"))
         variant.formerAmount = from.at("formerPriceAmountMinorUnits").get<std::int64_t>();
     return variant;
-}
-
-template <typename Item>
-std::vector<Item> readList(const json& list, Item (*read)(const json&))
-{
-    std::vector<Item> items;
-    for (const json& entry : list)
-        items.push_back(read(entry));
-    if (items.empty())
-        throw std::runtime_error("an empty list");
-    return items;
 }
 
 Product readProduct(const json& from)
@@ -57,46 +44,11 @@ Merchant readMerchant(const json& from)
     return merchant;
 }
 
-// The sum over the wanted words, 0 when one of them does not occur at all.
-int score(const std::vector<std::string>& wanted, const std::vector<std::string>& name)
-{
-    int sum = 0;
-    for (const std::string& word : wanted) {
-        WordMatch best = WordMatch::None;
-        for (const std::string& candidate : name)
-            best = std::max(best, matchWord(word, candidate));
-        if (best == WordMatch::None)
-            return 0;
-        sum += static_cast<int>(best);
-    }
-    return sum;
-}
-
-struct Hit {
-    const Product* product;
-    int score;
-    std::size_t nameWords;
-};
-
-bool isBetter(const Hit& left, const Hit& right)
-{
-    if (left.score != right.score)
-        return left.score > right.score;
-    return left.nameWords < right.nameWords;
-}
-
 }  // namespace
 
 Catalogue::Catalogue(const std::filesystem::path& file)
+    : allMerchants(StandIn::readStock(file, "merchants", readMerchant))
 {
-    std::ifstream stream(file);
-    if (!stream)
-        throw std::runtime_error("cannot read the catalogue " + file.string());
-    try {
-        allMerchants = readList(json::parse(stream).at("merchants"), readMerchant);
-    } catch (const std::exception& error) {
-        throw std::runtime_error("the catalogue " + file.string() + " is wrong: " + error.what());
-    }
 }
 
 const Merchant* Catalogue::find(std::string_view merchantId) const
@@ -108,19 +60,12 @@ const Merchant* Catalogue::find(std::string_view merchantId) const
 
 std::vector<const Product*> search(const Merchant& merchant, std::string_view term)
 {
-    const auto wanted = foldedWords(term);
-    std::vector<Hit> hits;
-    for (const Product& product : merchant.products) {
-        const auto name = foldedWords(product.name);
-        const int points = score(wanted, name);
-        if (wanted.empty() || points > 0)
-            hits.push_back({&product, points, wanted.empty() ? 0 : name.size()});
-    }
-    std::stable_sort(hits.begin(), hits.end(), isBetter);
-
+    std::vector<std::string> names;
+    for (const Product& product : merchant.products)
+        names.push_back(product.name);
     std::vector<const Product*> products;
-    for (const Hit& hit : hits)
-        products.push_back(hit.product);
+    for (const std::size_t position : StandIn::searchNames(names, term))
+        products.push_back(&merchant.products[position]);
     return products;
 }
 

@@ -47,8 +47,7 @@ class Catalogue {
     std::vector<Merchant> allMerchants;
 };
 
-// The products whose name holds every word of the term: whole words first, then beginnings, then the
-// rest; shorter names first among equals, then the catalogue's order. No word at all finds everything.
+// The products whose name holds every word of the term, in the order of searchNames.
 // The pointers live as long as the merchant.
 std::vector<const Product*> search(const Merchant& merchant, std::string_view term);
 

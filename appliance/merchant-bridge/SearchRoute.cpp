@@ -2,6 +2,8 @@
 #include "SearchRoute.h"
 
 #include "Numbers.h"
+#include "ProductsAnswer.h"
+#include "Refusal.h"
 #include "Responses.h"
 #include "UrlQuery.h"
 
@@ -10,15 +12,9 @@
 namespace Appliance::MerchantBridge {
 namespace {
 
-constexpr int mostOnAPage = 100;
+using StandIn::Refusal;
 
-struct Refusal : std::runtime_error {
-    Refusal(int refusalStatus, const std::string& message)
-        : std::runtime_error(message), status(refusalStatus)
-    {
-    }
-    int status;
-};
+constexpr int mostOnAPage = 100;
 
 void checkTokens(const Tokens& tokens, const httplib::Request& request)
 {
@@ -39,7 +35,7 @@ Parameters readParameters(const httplib::Request& request)
             throw Refusal(400, std::string("parameter ") + name + " is missing");
     if (parameters["searchBy"] != "full")
         throw Refusal(400, "parameter searchBy is not \"full\"");
-    if (!parseNumber(parameters["pageSize"], 1, mostOnAPage))
+    if (!StandIn::parseNumber(parameters["pageSize"], 1, mostOnAPage))
         throw Refusal(400, "parameter pageSize is not a number from 1 to 100");
     return parameters;
 }
@@ -52,25 +48,9 @@ const Merchant& findMerchant(const Catalogue& catalogue, const Parameters& param
     return *merchant;
 }
 
-Query readQuery(const Parameters& parameters)
-{
-    try {
-        return parseQuery(parameters.at("query"));
-    } catch (const TroubleError& error) {
-        throw Refusal(400, error.what());
-    }
-}
-
-Answer makeAnswer(const Merchant& merchant, const Query& query, int status, const std::string& host)
-{
-    if (status >= 300 && query.trouble.body == Body::Products)
-        return errorAnswer(status, "asked for by the search term");
-    return searchAnswer(merchant, MerchantBridge::search(merchant, query.term), query.trouble, host);
-}
-
 }  // namespace
 
-SearchRoute::SearchRoute(const Catalogue& usedCatalogue, const Connections& usedConnections,
+SearchRoute::SearchRoute(const Catalogue& usedCatalogue, const StandIn::Connections& usedConnections,
                          Tokens acceptedTokens, std::string pictureHost)
     : catalogue(usedCatalogue),
       connections(usedConnections),
@@ -84,7 +64,7 @@ void SearchRoute::handle(const httplib::Request& request, httplib::Response& res
     try {
         search(request, response);
     } catch (const Refusal& refusal) {
-        send(response, refusal.status, errorAnswer(refusal.status, refusal.what()));
+        StandIn::sendError(response, refusal.status, refusal.what());
     }
 }
 
@@ -93,19 +73,10 @@ void SearchRoute::search(const httplib::Request& request, httplib::Response& res
     checkTokens(tokens, request);
     const Parameters parameters = readParameters(request);
     const Merchant& merchant = findMerchant(catalogue, parameters);
-    const Query query = readQuery(parameters);
-    const Trouble& trouble = query.trouble;
-
-    if (trouble.delay.count() > 0 && !connections.wait(request.ssl, trouble.delay))
-        return sendNothing(request, response);
-    if (trouble.reset)
-        return sendNothing(request, response);
-    const int status = trouble.status.value_or(200);
-    Answer answer = makeAnswer(merchant, query, status, host);
-    if (trouble.truncate)
-        sendHalf(response, status, std::move(answer));
-    else
-        send(response, status, std::move(answer));
+    const StandIn::Query query = StandIn::parseQuery(parameters.at("query"));
+    StandIn::sendTroubled(connections, request, response, query.trouble, [&] {
+        return productsAnswer(merchant, MerchantBridge::search(merchant, query.term), query.trouble, host);
+    });
 }
 
 }  // namespace Appliance::MerchantBridge

@@ -17,8 +17,8 @@ class SearchRoute {
   public:
     static constexpr const char* path = "/merchantbridge-production/api/product/search";
 
-    SearchRoute(const Catalogue& usedCatalogue, const Connections& usedConnections, Tokens acceptedTokens,
-                std::string pictureHost);
+    SearchRoute(const Catalogue& usedCatalogue, const StandIn::Connections& usedConnections,
+                Tokens acceptedTokens, std::string pictureHost);
 
     void handle(const httplib::Request& request, httplib::Response& response) const;
 
@@ -26,7 +26,7 @@ class SearchRoute {
     void search(const httplib::Request& request, httplib::Response& response) const;
 
     const Catalogue& catalogue;
-    const Connections& connections;
+    const StandIn::Connections& connections;
     const Tokens tokens;
     const std::string host;
 };

@@ -1,30 +1,19 @@
 // merchant-bridge: stands in for the merchant's product-search service on a PC.
+#include "Program.h"
 #include "Server.h"
 #include "SiteValues.h"
-#include "Trouble.h"
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include <csignal>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
-#include <string>
+
+namespace StandIn = Appliance::StandIn;
 
 namespace {
 
 using Appliance::MerchantBridge::Server;
 using Appliance::MerchantBridge::Settings;
-
-constexpr int cannotStart = 1;
-constexpr int wrongUsage = 2;
-
-std::filesystem::path shareFolder()
-{
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() /
-           "share/merchant-bridge";
-}
 
 void addOptions(CLI::App& app, Settings& settings)
 {
@@ -45,18 +34,6 @@ void addOptions(CLI::App& app, Settings& settings)
     app.add_option("--log", settings.logFile, "Append a line for each request; never a token");
 }
 
-std::string footer()
-{
-    return "\nWhen it is ready it prints one line of JSON: {\"caFile\": ..., \"host\": ..., \"port\": ...}\n"
-           "It serves until SIGTERM or SIGINT.\n\n"
-           "Trouble words, to be put into the search term and to be combined:\n" +
-           Appliance::MerchantBridge::troubleHelp() +
-           "\nExit status:\n"
-           "  0  stopped by a signal\n"
-           "  1  could not start: a file, the catalogue or the port; standard error says which\n"
-           "  2  wrong usage\n";
-}
-
 void announce(const Settings& settings, int port)
 {
     const nlohmann::json ready{{"port", port},
@@ -66,42 +43,25 @@ void announce(const Settings& settings, int port)
     std::fflush(stdout);
 }
 
-int serve(const Settings& settings, const sigset_t& endSignals)
+void serve(const Settings& settings)
 {
     const Server server(settings);
     announce(settings, server.port());
-    int signal = 0;
-    sigwait(&endSignals, &signal);
-    return 0;
+    StandIn::waitForEndSignal();
 }
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
-    // Before the first thread, so that every thread inherits it and the signals wait for sigwait.
-    sigset_t endSignals;
-    sigemptyset(&endSignals);
-    sigaddset(&endSignals, SIGTERM);
-    sigaddset(&endSignals, SIGINT);
-    pthread_sigmask(SIG_BLOCK, &endSignals, nullptr);
-
-    try {
-        Settings settings;
-        settings.host = CARVOY_MERCHANT_BRIDGE_HOST;
-        settings.catalogueFile = shareFolder() / "catalogue.json";
-        settings.picturesFolder = shareFolder() / "pictures";
-        CLI::App app("Stands in for a merchant's product-search service on this machine.", "merchant-bridge");
-        addOptions(app, settings);
-        app.footer(footer());
-        try {
-            app.parse(argc, argv);
-        } catch (const CLI::ParseError& error) {
-            return app.exit(error) == 0 ? 0 : wrongUsage;
-        }
-        return serve(settings, endSignals);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "merchant-bridge: %s\n", error.what());
-        return cannotStart;
-    }
+    StandIn::holdEndSignals();
+    Settings settings;
+    settings.host = CARVOY_MERCHANT_BRIDGE_HOST;
+    settings.catalogueFile = StandIn::shareFolder("merchant-bridge") / "catalogue.json";
+    settings.picturesFolder = StandIn::shareFolder("merchant-bridge") / "pictures";
+    CLI::App app("Stands in for a merchant's product-search service on this machine.", "merchant-bridge");
+    addOptions(app, settings);
+    app.footer(
+        StandIn::footer(R"({"caFile": ..., "host": ..., "port": ...})", "a file, the catalogue or the port"));
+    return StandIn::run(app, argc, argv, [&] { serve(settings); });
 }

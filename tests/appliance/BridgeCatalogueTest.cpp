@@ -16,6 +16,7 @@
 namespace {
 
 using namespace Appliance::MerchantBridge;
+using namespace Appliance::StandIn;
 
 using Names = std::vector<std::string>;
 

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 namespace ApplianceTest {
 
@@ -62,12 +61,6 @@ std::string BridgeFixture::picturePathOf(const std::string& term, std::size_t po
     const std::string origin = std::string("https://") + host;
     EXPECT_EQ(url.substr(0, origin.size()), origin);
     return url.substr(origin.size());
-}
-
-std::string readFile(const std::string& file)
-{
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace ApplianceTest

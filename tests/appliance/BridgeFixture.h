@@ -1,6 +1,7 @@
 // A merchant bridge in the test's own process, and a customer with the right tokens.
 #pragma once
 
+#include "Files.h"
 #include "HttpsClient.h"
 #include "Server.h"
 
@@ -35,7 +36,5 @@ class BridgeFixture : public testing::Test {
 
     std::unique_ptr<Appliance::MerchantBridge::Server> server;
 };
-
-std::string readFile(const std::string& file);
 
 }  // namespace ApplianceTest

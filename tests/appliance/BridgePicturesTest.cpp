@@ -12,7 +12,7 @@
 namespace ApplianceTest {
 namespace {
 
-using Appliance::MerchantBridge::Pictures;
+using Appliance::StandIn::Pictures;
 
 class APicture : public BridgeFixture {
   protected:

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace Appliance::MerchantBridge;
+using namespace Appliance::StandIn;
 using std::chrono::milliseconds;
 
 Trouble troubleOf(const std::string& words)

@@ -7,6 +7,7 @@
 namespace {
 
 using namespace Appliance::MerchantBridge;
+using namespace Appliance::StandIn;
 using std::chrono::milliseconds;
 
 TEST(APicturePath, IsReadAsItWasWritten)

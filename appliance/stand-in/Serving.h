@@ -1,0 +1,29 @@
+// How one of the HTTP library's servers is set up, bound and ended, with and without TLS.
+#pragma once
+
+#include "RequestLog.h"
+
+#include <httplib.h>
+#include <sys/socket.h>
+
+#include <string>
+
+namespace Appliance::StandIn {
+
+template <typename LibraryServer>
+class EndableServer : public LibraryServer {
+  public:
+    using LibraryServer::LibraryServer;
+
+    // Makes the listening thread close the socket and return. stop() would close it under that thread's
+    // hands, and does nothing before the thread has begun.
+    void endListening() { shutdown(this->svr_sock_, SHUT_RDWR); }
+};
+
+// One request for each connection, each written to the log, which must outlive the server.
+void setUp(httplib::Server& server, RequestLog& log);
+
+// The port that it is bound to; 0 asks for any that is free. std::runtime_error when there is none to be had.
+int bind(httplib::Server& server, const std::string& address, int port);
+
+}  // namespace Appliance::StandIn
