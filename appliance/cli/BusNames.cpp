@@ -45,8 +45,10 @@ BusNames::BusNames(const std::string& address)
         });
     bus_->finishRegistration();
     readNames();
-    watch_.emplace(connection_->getEventLoopPollData().fd, [this] { handleArrived(); });
-    handleArrived();
+    watch_.emplace(*connection_, [this] {
+        owned_.clear();
+        connected_ = false;
+    });
 }
 
 void BusNames::readNames()
@@ -54,18 +56,6 @@ void BusNames::readNames()
     std::vector<std::string> names;
     bus_->callMethod("ListNames").onInterface(BusInterface).storeResultsTo(names);
     owned_.insert(names.begin(), names.end());
-}
-
-// A bus that went away has no names; that its process ended is told elsewhere.
-void BusNames::handleArrived()
-{
-    try {
-        while (connection_->processPendingRequest()) {
-        }
-    } catch (const sdbus::Error&) {
-        owned_.clear();
-        watch_.reset();
-    }
 }
 
 }  // namespace Tool

@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "EventLoop.h"
+#include "BusWatch.h"
 
 namespace Tool {
 
@@ -24,15 +24,17 @@ class BusNames {
     explicit BusNames(const std::string& address);
 
     bool isOwned(const std::string& name) const { return owned_.count(name) > 0; }
+    // False once the bus has gone away; nobody owns a name there.
+    bool isConnected() const { return connected_; }
 
   private:
     void readNames();
-    void handleArrived();
 
     std::unique_ptr<sdbus::IConnection> connection_;
     std::unique_ptr<sdbus::IProxy> bus_;
     std::set<std::string> owned_;
-    std::optional<FdWatch> watch_;
+    bool connected_ = true;
+    std::optional<Appliance::BusWatch> watch_;
 };
 
 }  // namespace Tool

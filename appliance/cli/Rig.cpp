@@ -103,6 +103,8 @@ void Rig::start(const ReadyHandler& onReady)
     startBus();
     startBridge();
     session_.enter();
+    startApp("carvoy-partner", Appliance::PartnerAppId, {});
+    startApp("carvoy-assistant", Appliance::AssistantAppId, {});
     startApp("carvoy-service", Appliance::ServiceAppId, {});
     startApp("carvoy-ui", Appliance::UiAppId, options_.uiArguments);
     session_.write();
@@ -113,6 +115,9 @@ void Rig::prepareFolders()
     const Root& root = options_.root;
     std::filesystem::create_directories(root.logFolder());
     std::filesystem::create_directories(root.screenFolder());
+    for (const auto& left : {root.cardFile(), root.partnerFile(), root.assistantFile()}) {
+        std::filesystem::remove(left);  // by apps that are gone: nobody must take it for the new ones'
+    }
     writeText(tokensFile(root), randomHex(TokenLength) + "," + randomHex(TokenLength) + "\n", 0600);
     session_.environment = {{"APPLIANCE_ROOT", root.path.string()},
                             {"APPLIANCE_DLOG", root.platformLog().string()},

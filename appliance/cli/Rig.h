@@ -1,4 +1,5 @@
-// The whole appliance on this PC: a private bus, the merchant bridge, the service and the UI app.
+// The whole appliance on this PC: a private bus, the merchant bridge, the service, and the apps on the
+// screen.
 #pragma once
 
 #include <functional>

@@ -1,11 +1,6 @@
 #include "Root.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdlib>
-#include <system_error>
 #include <utility>
 
 #include "Exit.h"
@@ -21,20 +16,6 @@ bool isPlain(char byte)
     const std::string plain = "_./+,:@%=-";
     const bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
     return letter || (byte >= '0' && byte <= '9') || plain.find(byte) != std::string::npos;
-}
-
-// Open-file locks: held by one descriptor, and asking for the holder does not take them for a moment.
-struct flock wholeFile()
-{
-    struct flock lock {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    return lock;
-}
-
-int opened(const Root& root, int flags)
-{
-    return open(root.lockFile().c_str(), flags | O_CLOEXEC, 0600);
 }
 
 }  // namespace
@@ -82,16 +63,8 @@ Root chosenRoot(const std::string& option)
 std::optional<RootLock> RootLock::take(const Root& root)
 {
     std::filesystem::create_directories(root.path);
-    const int fd = opened(root, O_RDWR | O_CREAT);
-    if (fd < 0) {
-        throw std::system_error(errno, std::generic_category(), root.lockFile().string());
-    }
-    RootLock lock(fd);
-    struct flock whole = wholeFile();
-    if (fcntl(fd, F_OFD_SETLK, &whole) != 0) {
-        return std::nullopt;
-    }
-    return lock;
+    std::optional<FileLock> lock = FileLock::take(root.lockFile());
+    return lock ? std::optional<RootLock>(RootLock(std::move(*lock))) : std::nullopt;
 }
 
 RootLock RootLock::claim(const Root& root)
@@ -106,23 +79,7 @@ RootLock RootLock::claim(const Root& root)
 
 bool RootLock::isTaken(const Root& root)
 {
-    const int fd = opened(root, O_RDWR);
-    if (fd < 0) {
-        return false;
-    }
-    struct flock whole = wholeFile();
-    const bool taken = fcntl(fd, F_OFD_GETLK, &whole) == 0 && whole.l_type != F_UNLCK;
-    close(fd);
-    return taken;
-}
-
-RootLock::RootLock(RootLock&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-
-RootLock::~RootLock()
-{
-    if (fd_ >= 0) {
-        close(fd_);
-    }
+    return FileLock::isTaken(root.lockFile());
 }
 
 }  // namespace Tool

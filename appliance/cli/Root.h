@@ -4,6 +4,9 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include "FileLock.h"
 
 namespace Tool {
 
@@ -14,8 +17,11 @@ struct Root {
     std::filesystem::path platformLog() const { return logFolder() / "platform.log"; }
     std::filesystem::path screenFolder() const { return path / "screen"; }
     std::filesystem::path cardFile() const { return screenFolder() / "card.json"; }
+    std::filesystem::path partnerFile() const { return screenFolder() / "partner.json"; }
+    std::filesystem::path assistantFile() const { return screenFolder() / "assistant.json"; }
     std::filesystem::path sessionFile() const { return path / "session.json"; }
     std::filesystem::path lockFile() const { return path / "lock"; }
+    std::filesystem::path sayLockFile() const { return path / "say.lock"; }
     std::filesystem::path dataStore() const { return path / "data-store.sqlite"; }
 };
 
@@ -46,14 +52,10 @@ class RootLock {
     // Whether a process holds the lock, this one included.
     static bool isTaken(const Root& root);
 
-    RootLock(RootLock&& other) noexcept;
-    RootLock& operator=(RootLock&&) = delete;
-    ~RootLock();
-
   private:
-    explicit RootLock(int fd) : fd_(fd) {}
+    explicit RootLock(FileLock lock) : lock_(std::move(lock)) {}
 
-    int fd_;
+    FileLock lock_;
 };
 
 }  // namespace Tool

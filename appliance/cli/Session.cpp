@@ -1,25 +1,15 @@
 #include "Session.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <nlohmann/json.hpp>
 
 #include "Exit.h"
-#include "IndentedJson.h"
+#include "JsonFile.h"
 
 namespace Tool {
 
 void Session::write() const
 {
-    const nlohmann::json json = {{"environment", environment}, {"processes", processes}};
-    const std::filesystem::path fresh = root.sessionFile().string() + ".new";
-    std::ofstream out(fresh);
-    out << indentedJson(json) << '\n';
-    out.close();
-    if (!out) {
-        throw std::runtime_error("cannot write " + fresh.string());
-    }
-    std::filesystem::rename(fresh, root.sessionFile());
+    Appliance::replaceJsonFile(root.sessionFile(), {{"environment", environment}, {"processes", processes}});
 }
 
 void Session::enter() const
@@ -34,10 +24,12 @@ std::optional<Session> findSession(const Root& root)
     if (!RootLock::isTaken(root)) {
         return std::nullopt;
     }
-    std::ifstream in(root.sessionFile());
-    const nlohmann::json json = nlohmann::json::parse(in, nullptr, false);
+    const auto json = Appliance::readJsonFile(root.sessionFile());
+    if (!json) {
+        return std::nullopt;
+    }
     try {
-        return Session{root, json.at("environment"), json.at("processes")};
+        return Session{root, json->at("environment"), json->at("processes")};
     } catch (const nlohmann::json::exception&) {
         return std::nullopt;  // not a file of ours
     }

@@ -8,9 +8,6 @@ namespace Appliance {
 
 namespace {
 
-struct HandleCloser {
-    void operator()(app_control_h handle) const { app_control_destroy(handle); }
-};
 using Handle = std::unique_ptr<app_control_s, HandleCloser>;
 
 std::string taken(int code, char* text)

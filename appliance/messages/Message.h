@@ -29,6 +29,11 @@ struct Request {
     Extras extras;
 };
 
+// For smart pointers to a handle.
+struct HandleCloser {
+    void operator()(app_control_h handle) const { app_control_destroy(handle); }
+};
+
 // Called once on the main loop.
 using ReplyHandler = std::function<void(app_control_result_e result, const Extras& reply)>;
 

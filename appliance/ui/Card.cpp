@@ -99,12 +99,9 @@ std::optional<std::string> Card::notePicture(const std::string& number, const st
     return std::nullopt;
 }
 
-void Card::noteReceived(Received received)
+void Card::noteReceived(Appliance::Received received)
 {
-    content_.messages.push_back(std::move(received));
-    if (content_.messages.size() > MessagesKept) {
-        content_.messages.pop_front();
-    }
+    Appliance::note(content_.messages, std::move(received));
 }
 
 }  // namespace Ui

@@ -1,10 +1,11 @@
 // The product card that the screen shows: what was searched, the products found, their pictures.
 #pragma once
 
-#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "Received.h"
 
 namespace Ui {
 
@@ -18,14 +19,6 @@ struct Product {
     std::string picture;  // path of the local file; empty until it arrived
 };
 
-// A message that the UI app received.
-struct Received {
-    std::string time;  // UTC, ISO 8601 with milliseconds
-    std::string operation;
-    std::string from;     // the sender's app id
-    std::string outcome;  // "taken", or why the message was ignored
-};
-
 enum class CardState { Empty, Searching, Shown };
 
 struct CardContent {
@@ -35,7 +28,7 @@ struct CardContent {
     std::string merchant;
     std::string term;
     std::vector<Product> products;
-    std::deque<Received> messages;  // the newest last, at most Card::MessagesKept
+    Appliance::ReceivedMessages messages;  // the newest last
 };
 
 // The product lists of a result message as they arrived; `total` is still text.
@@ -55,7 +48,6 @@ struct ProductLists {
 class Card {
   public:
     static constexpr std::size_t ProductsShown = 100;
-    static constexpr std::size_t MessagesKept = 100;
 
     const CardContent& content() const { return content_; }
 
@@ -66,7 +58,7 @@ class Card {
     std::optional<std::string> showResult(const ProductLists& lists);
     std::optional<std::string> notePicture(const std::string& number, const std::string& path);
 
-    void noteReceived(Received received);
+    void noteReceived(Appliance::Received received);
 
   private:
     void replaceProducts(const ProductLists& lists, std::size_t total);

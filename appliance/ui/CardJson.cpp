@@ -1,12 +1,15 @@
 #include "CardJson.h"
 
+#include <stdexcept>
+
+#include "JsonFile.h"
+
 namespace Ui {
 
 NLOHMANN_JSON_SERIALIZE_ENUM(CardState, {{CardState::Empty, "empty"},
                                          {CardState::Searching, "searching"},
                                          {CardState::Shown, "shown"}})
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Product, name, size, discount, formerPrice, price, variantRef, picture)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Received, time, operation, from, outcome)
 
 nlohmann::json toJson(const CardContent& content)
 {
@@ -25,6 +28,10 @@ CardContent cardFromJson(const nlohmann::json& json)
     json.at("term").get_to(content.term);
     json.at("products").get_to(content.products);
     json.at("messages").get_to(content.messages);
+    Appliance::requireWritten(json, toJson(content));
+    if (content.sequence < 0 || content.results < 0 || !areCounted(content.messages)) {
+        throw std::runtime_error("not a card's content");
+    }
     return content;
 }
 

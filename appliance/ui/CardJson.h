@@ -9,7 +9,7 @@ namespace Ui {
 
 nlohmann::json toJson(const CardContent& content);
 
-// Throws nlohmann::json::exception for anything that toJson() cannot have written.
+// Throws nlohmann::json::exception or std::runtime_error for anything that toJson() cannot have written.
 CardContent cardFromJson(const nlohmann::json& json);
 
 }  // namespace Ui

@@ -1,12 +1,7 @@
 #include "UiApp.h"
 
-#include <service_app.h>
-#include <tzplatform_config.h>
-
-#include <chrono>
-#include <ctime>
-#include <filesystem>
-
+#include "CardJson.h"
+#include "Message.h"
 #include "Names.h"
 #include "UiLog.h"
 
@@ -16,30 +11,6 @@ namespace {
 
 using namespace Appliance;
 
-const std::string Taken = "taken";
-
-// The screen's folder lies beside the user's media.
-std::filesystem::path cardFile()
-{
-    const char* media = tzplatform_getenv(TZ_USER_CONTENT);
-    return std::filesystem::path(media != nullptr ? media : ".").parent_path() / "screen" / "card.json";
-}
-
-std::string timeNow()
-{
-    using namespace std::chrono;
-    const auto now = system_clock::now();
-    const std::time_t seconds = system_clock::to_time_t(now);
-    const auto milliseconds = duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
-    char date[32];
-    char time[48];
-    std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &utc);
-    std::snprintf(time, sizeof time, "%s.%03dZ", date, static_cast<int>(milliseconds));
-    return time;
-}
-
 ProductLists listsOf(const Extras& extras)
 {
     return {extras.text(KeyMerchant),     extras.text(KeySearchTerm), extras.text(KeyTotal),
@@ -47,50 +18,19 @@ ProductLists listsOf(const Extras& extras)
             extras.list(KeyFormerPrices), extras.list(KeyPrices),     extras.list(KeyVariantRefs)};
 }
 
-std::string outcome(const std::optional<std::string>& whyIgnored)
-{
-    return whyIgnored ? "ignored: " + *whyIgnored : Taken;
-}
-
 }  // namespace
 
-UiApp::UiApp(Confirmation::Mode mode, double delay) : store_(cardFile()), confirmation_(mode, delay) {}
-
-int UiApp::run(int argc, char** argv)
+UiApp::UiApp(Confirmation::Mode mode, double delay)
+    : ScreenApp(UI_TAG, "card.json"), confirmation_(mode, delay)
 {
-    service_app_lifecycle_callback_s callbacks = {onCreate, onTerminate, onMessage};
-    return service_app_main(argc, argv, &callbacks, this);
 }
 
-bool UiApp::onCreate(void* self)
+nlohmann::json UiApp::content() const
 {
-    static_cast<UiApp*>(self)->save();
-    return true;
+    return toJson(card_.content());
 }
 
-void UiApp::onTerminate(void* self)
-{
-    static_cast<UiApp*>(self)->confirmation_.drop();
-}
-
-void UiApp::onMessage(app_control_h message, void* self)
-{
-    static_cast<UiApp*>(self)->handle(message);
-}
-
-void UiApp::handle(app_control_h message)
-{
-    const std::string operation = operationOf(message);
-    const std::string caller = callerOf(message);
-    const std::string outcome = outcomeOf(message, operation, caller);
-    if (outcome != Taken) {
-        UI_ERROR("%s from %s %s", operation.c_str(), caller.c_str(), outcome.c_str());
-    }
-    card_.noteReceived({timeNow(), operation, caller, outcome});
-    save();
-}
-
-std::string UiApp::outcomeOf(app_control_h message, const std::string& operation, const std::string& caller)
+std::string UiApp::take(app_control_h message, const std::string& operation, const std::string& caller)
 {
     if (operation == OperationSearch) {
         return search(message);
@@ -140,13 +80,13 @@ std::string UiApp::takeResult(app_control_h message)
         save();
         confirmation_.answer(message);
     }
-    return outcome(whyIgnored);
+    return outcomeOf(whyIgnored.value_or(""));
 }
 
 std::string UiApp::takePicture(app_control_h message)
 {
     const Extras extras = extrasOf(message);
-    return outcome(card_.notePicture(extras.text(KeyImageNumber), extras.text(KeyImagePath)));
+    return outcomeOf(card_.notePicture(extras.text(KeyImageNumber), extras.text(KeyImagePath)).value_or(""));
 }
 
 int UiApp::askForResult() const
@@ -167,15 +107,6 @@ void UiApp::answerTool(app_control_h message, int sendCode) const
     extras.texts[KeyCardResults] = std::to_string(card_.content().results);
     const bool sent = sendCode == APP_CONTROL_ERROR_NONE;
     reply(message, sent ? APP_CONTROL_RESULT_SUCCEEDED : APP_CONTROL_RESULT_FAILED, extras);
-}
-
-void UiApp::save() const
-{
-    try {
-        store_.write(card_.content());
-    } catch (const std::exception& error) {
-        UI_ERROR("Card not written: %s", error.what());
-    }
 }
 
 }  // namespace Ui

@@ -3,31 +3,25 @@
 
 #include <app_control.h>
 
-#include <optional>
 #include <string>
 
 #include "Card.h"
-#include "CardStore.h"
 #include "Confirmation.h"
-#include "Message.h"
+#include "ScreenApp.h"
 
 namespace Ui {
 
-// Everything runs on the main loop of run(), the thread that calls it.
-class UiApp {
+// Everything runs on the main loop of run().
+class UiApp : public Appliance::ScreenApp {
   public:
     UiApp(Confirmation::Mode mode, double delay);
 
-    // Runs until the app is told to end. Returns the platform's code.
-    int run(int argc, char** argv);
-
   private:
-    static bool onCreate(void* self);
-    static void onTerminate(void* self);
-    static void onMessage(app_control_h message, void* self);
+    void end() override { confirmation_.drop(); }
+    std::string take(app_control_h message, const std::string& operation, const std::string& caller) override;
+    void noteReceived(Appliance::Received received) override { card_.noteReceived(std::move(received)); }
+    nlohmann::json content() const override;
 
-    void handle(app_control_h message);
-    std::string outcomeOf(app_control_h message, const std::string& operation, const std::string& caller);
     std::string search(app_control_h message);
     std::string show(app_control_h message);
     std::string takeResult(app_control_h message);
@@ -35,10 +29,8 @@ class UiApp {
 
     int askForResult() const;
     void answerTool(app_control_h message, int sendCode) const;
-    void save() const;
 
     Card card_;
-    CardStore store_;
     Confirmation confirmation_;
 };
 

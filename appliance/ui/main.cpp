@@ -1,21 +1,14 @@
 // The UI app's process: its options, then the app.
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <string>
 
+#include "AppMain.h"
 #include "Confirmation.h"
 #include "UiApp.h"
 
 namespace {
 
 using Ui::Confirmation;
-
-const char Footer[] = R"(Exit status:
-  0  ended as asked
-  1  it could not run as an app
-  2  wrong usage
-)";
 
 Confirmation::Mode modeOf(const std::string& name)
 {
@@ -28,23 +21,20 @@ Confirmation::Mode modeOf(const std::string& name)
 
 int main(int argc, char** argv)
 {
-    CLI::App options("The screen's product card: shows what the service finds.");
     std::string mode = "now";
     int delay = 2000;
-    options.add_option("--confirm", mode, "How product lists are answered")
-        ->check(CLI::IsMember(Confirmation::Modes))
-        ->capture_default_str();
-    options.add_option("--confirm-after", delay, "Delay of a late answer, in milliseconds")
-        ->check(CLI::Range(0, 3'600'000))
-        ->capture_default_str();
-    options.footer(Footer);
-    try {
-        options.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        const int wrongUsage = 2;
-        return options.exit(error) == 0 ? 0 : wrongUsage;
-    }
-
-    constexpr double millisecondsPerSecond = 1000;
-    return Ui::UiApp(modeOf(mode), delay / millisecondsPerSecond).run(argc, argv) == 0 ? 0 : 1;
+    const auto makeApp = [&mode, &delay] {
+        constexpr double millisecondsPerSecond = 1000;
+        return std::make_unique<Ui::UiApp>(modeOf(mode), delay / millisecondsPerSecond);
+    };
+    const auto addOptions = [&mode, &delay](CLI::App& options) {
+        options.add_option("--confirm", mode, "How product lists are answered")
+            ->check(CLI::IsMember(Confirmation::Modes))
+            ->capture_default_str();
+        options.add_option("--confirm-after", delay, "Delay of a late answer, in milliseconds")
+            ->check(CLI::Range(0, 3'600'000))
+            ->capture_default_str();
+    };
+    return Appliance::runApp("The screen's product card: shows what the service finds.", argc, argv, makeApp,
+                             addOptions);
 }

@@ -173,10 +173,10 @@ TEST(ACard, DropsItsPicturesWithANewSearch)
 TEST(ACard, RemembersOnlyTheNewestMessages)
 {
     Card card;
-    for (std::size_t i = 0; i < Card::MessagesKept + 5; ++i) {
-        card.noteReceived({"", std::to_string(i), "", ""});
+    for (std::size_t i = 0; i < Appliance::MessagesKept + 5; ++i) {
+        card.noteReceived({0, "", std::to_string(i), "", {}, ""});
     }
-    EXPECT_EQ(card.content().messages.size(), Card::MessagesKept);
+    EXPECT_EQ(card.content().messages.size(), Appliance::MessagesKept);
     EXPECT_EQ(card.content().messages.front().operation, "5");
 }
 
@@ -184,7 +184,7 @@ TEST(ACard, IsTheSameAfterItsWayThroughJson)
 {
     Card card = shownCard();
     card.notePicture("1", "/tmp/2.gif");
-    card.noteReceived({"2026-01-02T03:04:05.678Z", "op", "org.example", "taken"});
+    card.noteReceived({0, "2026-01-02T03:04:05.678Z", "op", "org.example", {{"key", "text"}}, "taken"});
     const nlohmann::json json = Ui::toJson(card.content());
     EXPECT_EQ(json["state"], "shown");
     EXPECT_EQ(json["total"], 3);

@@ -5,47 +5,16 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "ChildProcess.h"
 #include "PrivateBus.h"
 #include "ScratchRoot.h"
+#include "ToolFixture.h"
 
 namespace {
 
-using TestSupport::ChildProcess;
-using Words = std::vector<std::string>;
-
-struct Ended {
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-Ended tool(const Words& arguments, const ChildProcess::Variables& variables = {})
-{
-    Words command = {APPLIANCE_TOOL};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    ChildProcess process(command, variables);
-    const TestSupport::ProcessEnd end = process.wait();
-    EXPECT_TRUE(end.inTime);
-    return {end.status, process.output(), process.errors()};
-}
-
-std::size_t count(const std::string& text, const std::string& part)
-{
-    std::size_t times = 0;
-    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) {
-        ++times;
-    }
-    return times;
-}
-
-bool has(const std::string& text, const std::string& part)
-{
-    return text.find(part) != std::string::npos;
-}
+using namespace TestSupport;
 
 // Whether the process is gone (or nobody's child any more, waiting to be collected).
 bool endsInTime(pid_t pid)
@@ -55,7 +24,7 @@ bool endsInTime(pid_t pid)
         return true;
     }
     pollfd watch{handle, POLLIN, 0};
-    const std::chrono::milliseconds limit = TestSupport::Patience;
+    const std::chrono::milliseconds limit = Patience;
     const bool ended = poll(&watch, 1, static_cast<int>(limit.count())) == 1;
     close(handle);
     return ended;
@@ -69,41 +38,6 @@ std::string rootOfRun(const std::string& output)
     EXPECT_TRUE(has(picture, "/media/tmp/")) << output;
     return picture.substr(0, picture.find("/media/tmp/"));
 }
-
-// A running appliance in a root of the test's own.
-class ARunningAppliance : public testing::Test {
-  protected:
-    void up(const Words& options = {})
-    {
-        root_ = TestSupport::ScratchRoot::file("up");
-        Words command = {APPLIANCE_TOOL, "up", "--root", root_};
-        command.insert(command.end(), options.begin(), options.end());
-        up_ = std::make_unique<ChildProcess>(command);
-        ASSERT_TRUE(up_->waitForOutput("The appliance is up")) << up_->errors();
-    }
-
-    Ended on(Words arguments)
-    {
-        arguments.insert(arguments.begin() + 1, {"--root", root_});
-        return tool(arguments);
-    }
-
-    std::map<std::string, pid_t> processes() const
-    {
-        std::ifstream in(root_ + "/session.json");
-        return nlohmann::json::parse(in)["processes"];
-    }
-
-    void down()
-    {
-        up_->signal(SIGTERM);
-        const TestSupport::ProcessEnd end = up_->wait();
-        EXPECT_EQ(end.status, 0) << up_->errors();
-    }
-
-    std::string root_;
-    std::unique_ptr<ChildProcess> up_;
-};
 
 TEST(ARun, ShowsASearchAndLeavesNothingBehind)
 {
@@ -214,7 +148,7 @@ TEST_F(ARunningAppliance, DiesWholeWhenItIsKilled)
 {
     up();
     const auto all = processes();
-    EXPECT_EQ(all.size(), 4U);
+    EXPECT_EQ(all.size(), 6U);
     up_->signal(SIGKILL);
     up_->wait();
     for (const auto& [name, pid] : all) {
@@ -278,7 +212,7 @@ TEST_F(ARunningAppliance, TakesAShellIn)
 
 TEST_F(ARunningAppliance, EndsWithItsInputWhereThatIsAskedFor)
 {
-    const std::string root = TestSupport::ScratchRoot::file("stdin");
+    const std::string root = ScratchRoot::file("stdin");
     ChildProcess shell(
         {"sh", "-c", "echo | " + std::string(APPLIANCE_TOOL) + " up --until-stdin-closes --root " + root});
     EXPECT_EQ(shell.wait().status, 0) << shell.errors();
@@ -288,7 +222,7 @@ TEST_F(ARunningAppliance, EndsWithItsInputWhereThatIsAskedFor)
 
 TEST_F(ARunningAppliance, EndsAtOnceWhereItsInputCannotStayOpen)
 {
-    const std::string root = TestSupport::ScratchRoot::file("no-stdin");
+    const std::string root = ScratchRoot::file("no-stdin");
     ChildProcess shell(
         {"sh", "-c",
          std::string(APPLIANCE_TOOL) + " up --until-stdin-closes --root " + root + " </dev/null"});
@@ -323,7 +257,7 @@ TEST(TheTool, NeedsABusOrARunningAppliance)
 
 TEST(TheTool, SendsOnTheBusOfItsEnvironment)
 {
-    const TestSupport::PrivateBus bus;
+    const PrivateBus bus;
     const Ended send = tool({"send", "org.example.nobody", "service:show"});
     EXPECT_EQ(send.status, 3);
     EXPECT_TRUE(has(send.errors, "no such app")) << send.errors;
@@ -335,7 +269,7 @@ TEST(TheTool, SaysHowItIsUsed)
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(has(help.output, "Exit status:"));
     for (const char* command :
-         {"up", "run", "search", "result", "status", "log", "send", "env", "completion"}) {
+         {"up", "run", "search", "result", "say", "status", "log", "send", "env", "completion"}) {
         EXPECT_TRUE(has(help.output, std::string("\n  ") + command + " ")) << command;
         const Ended own = tool({command, "--help"});
         EXPECT_EQ(own.status, 0);
@@ -348,13 +282,13 @@ TEST(TheTool, SaysHowItIsUsed)
 
 TEST(TheTool, RefusesARootThatTheServiceCannotLiveIn)
 {
-    const Ended blank = tool({"up", "--root", TestSupport::ScratchRoot::file("a b")});
+    const Ended blank = tool({"up", "--root", ScratchRoot::file("a b")});
     EXPECT_EQ(blank.status, 2);
     EXPECT_TRUE(has(blank.errors, "has a character other than")) << blank.errors;
-    const Ended deep = tool({"up", "--root", TestSupport::ScratchRoot::file(std::string(100, 'x'))});
+    const Ended deep = tool({"up", "--root", ScratchRoot::file(std::string(100, 'x'))});
     EXPECT_EQ(deep.status, 2);
     EXPECT_TRUE(has(deep.errors, "characters long")) << deep.errors;
-    EXPECT_FALSE(std::filesystem::exists(TestSupport::ScratchRoot::file("a b")));
+    EXPECT_FALSE(std::filesystem::exists(ScratchRoot::file("a b")));
 }
 
 }  // namespace

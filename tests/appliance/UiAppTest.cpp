@@ -1,20 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <filesystem>
 
-#include "CardWatch.h"
-#include "ChildProcess.h"
+#include "CardJson.h"
 #include "Names.h"
-#include "PrivateBus.h"
-#include "RawPeer.h"
-#include "ScratchRoot.h"
+#include "ScreenAppFixture.h"
 
 namespace {
 
 using namespace Appliance;
 using namespace std::chrono_literals;
-using TestSupport::ChildProcess;
 using TestSupport::RawMessage;
 using TestSupport::RawPeer;
 using Texts = std::vector<std::string>;
@@ -43,37 +38,17 @@ TestSupport::Extras pictureExtras(const std::string& number, const std::string& 
     return {{KeyImageNumber, sdbus::Variant(number)}, {KeyImagePath, sdbus::Variant(path)}};
 }
 
-std::string textIn(const RawMessage& message, const char* key)
-{
-    const auto found = message.extras.find(key);
-    return found == message.extras.end() ? "" : found->second.get<std::string>();
-}
-
 // The UI app's process, a tool, and a peer in the service's place.
-class TheUiApp : public testing::Test {
+class TheUiApp : public TestSupport::ScreenAppFixture {
   protected:
     void start(const Texts& options = {}, bool withService = true)
     {
-        std::filesystem::remove_all(TestSupport::ScratchRoot::file("screen"));
-        watch_ = std::make_unique<TestSupport::CardWatch>(TestSupport::ScratchRoot::path());
         if (withService) {
             service_ = std::make_unique<RawPeer>(ServiceAppId);
         }
-        tool_ = std::make_unique<RawPeer>();
         Texts command = {CARVOY_UI};
         command.insert(command.end(), options.begin(), options.end());
-        app_ = std::make_unique<ChildProcess>(
-            command,
-            ChildProcess::Variables{{"APPLIANCE_DLOG", TestSupport::ScratchRoot::file("platform.log")}});
-        ASSERT_TRUE(TestSupport::waitForName(UiAppId));
-    }
-
-    void TearDown() override
-    {
-        app_->signal(SIGTERM);
-        const TestSupport::ProcessEnd end = app_->wait();
-        EXPECT_EQ(end.status, 0) << app_->errors();
-        EXPECT_EQ(app_->errors(), "");
+        startApp(command, UiAppId);
     }
 
     std::string fromService(const char* operation, std::uint32_t id, const TestSupport::Extras& extras)
@@ -91,14 +66,12 @@ class TheUiApp : public testing::Test {
 
     std::optional<Ui::CardContent> cardAfter(std::size_t messages)
     {
-        return watch_->waitFor([messages](const auto& card) { return card.messages.size() >= messages; });
+        return watch_->waitFor<Ui::CardContent>("card.json", Ui::cardFromJson, [messages](const auto& card) {
+            return card.messages.size() >= messages;
+        });
     }
 
-    TestSupport::PrivateBus bus_;
-    std::unique_ptr<TestSupport::CardWatch> watch_;
     std::unique_ptr<RawPeer> service_;
-    std::unique_ptr<RawPeer> tool_;
-    std::unique_ptr<ChildProcess> app_;
 };
 
 TEST_F(TheUiApp, PassesASearchOnAndAsksForItsResult)

@@ -1,21 +1,27 @@
 #include "Commands.h"
 
+#include <charconv>
+#include <sstream>
+#include <system_error>
+
 namespace Tool {
 
 namespace {
 
 const char Footer[] = R"(Examples:
-  appliance run                       one search for milk, everything started and ended for it
+  appliance run                       a search for milk and a spoken choice, with all that takes
   appliance up                        start everything and keep it running, then elsewhere:
   appliance search --merchant greengrocer apple
+  appliance say "show me the second one"
   appliance log -f
 
 Exit status:
     0  done
-    1  it ran, but what was asked failed: nothing was found, a program broke, a reply said no
+    1  it ran, but what was asked failed: nothing was found, a sentence did not lead to what it
+       should in time, a program broke, a reply said no
     2  wrong usage
-    3  nothing runs there, or no app of that name
-    4  it took longer than allowed
+    3  nothing runs there, or no app of that name, or not any more
+    4  a search or a reply took longer than allowed
   130  interrupted
 )";
 
@@ -32,6 +38,7 @@ void buildCommandLine(CLI::App& app, Action& chosen)
     addRunCommand(app, chosen);
     addSearchCommand(app, chosen);
     addResultCommand(app, chosen);
+    addSayCommand(app, chosen);
     addStatusCommand(app, chosen);
     addLogCommand(app, chosen);
     addSendCommand(app, chosen);
@@ -45,14 +52,57 @@ void addRootOption(CLI::App& command, std::string& root)
         ->type_name("DIR");
 }
 
-CLI::Option* addTimeoutOption(CLI::App& command, double& seconds)
+CLI::Option* addTimeoutOption(CLI::App& command, std::chrono::milliseconds& limit, const std::string& what)
+{
+    const auto read = [&limit](const CLI::results_t& texts) {
+        limit = limitOf(texts.back()).value_or(limit);
+        return true;
+    };
+    const auto whyUnfit = [](const std::string& text) {
+        return limitOf(text) ? "" : text + " is no number of seconds from 0.001 to 3600";
+    };
+    std::ostringstream fallback;
+    fallback << std::chrono::duration<double>(limit).count();
+    return command.add_option("--timeout", read, what)
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(whyUnfit, ""))
+        ->default_str(fallback.str());
+}
+
+CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& what)
+{
+    const auto read = [&texts](const CLI::results_t& given) {
+        texts = given;
+        return true;
+    };
+    CLI::Option* option = command.add_option(name, read, what)->take_all();
+    if (name.front() != '-') {
+        // Words are taken for as long as some are lacking, and no policy asks for them in the end.
+        const int manyWords = 1 << 20;
+        option->expected(manyWords, CLI::detail::expected_max_vector_size);
+    }
+    return option;
+}
+
+CLI::Validator notEmpty()
+{
+    return CLI::Validator(
+        [](const std::string& text) { return std::string(text.empty() ? "it is empty" : ""); }, "");
+}
+
+std::optional<std::chrono::milliseconds> limitOf(const std::string& seconds)
 {
     const double longest = 3600;
     const double shortest = 0.001;
-    return command.add_option("--timeout", seconds, "Seconds to wait for all of it")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(shortest, longest).description(""))
-        ->capture_default_str();
+    double value = 0;
+    const char* end = seconds.data() + seconds.size();
+    const auto [next, error] = std::from_chars(seconds.data(), end, value);
+    const bool isWithin = value >= shortest && value <= longest;  // what is no number is not
+    if (error != std::errc() || next != end || !isWithin) {
+        return std::nullopt;
+    }
+    return std::chrono::round<std::chrono::milliseconds>(std::chrono::duration<double>(value));
 }
 
 }  // namespace Tool

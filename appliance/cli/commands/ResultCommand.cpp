@@ -18,7 +18,7 @@ namespace {
 
 struct ResultArguments {
     std::string root;
-    double timeout = 75;
+    std::chrono::milliseconds limit{75'000};
     bool json = false;
 };
 
@@ -54,11 +54,9 @@ Exit result(const ResultArguments& arguments)
 {
     const Session session = enterSession(arguments.root);
     EventLoop loop;
-    const auto limit = std::chrono::duration<double>(arguments.timeout);
-    const Ui::CardContent card =
-        freshCard(loop, session.root, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
-    const std::string text =
-        arguments.json ? indentedJson(Ui::toJson(card)) + "\n" : allText(card, styleOf(STDOUT_FILENO));
+    const Ui::CardContent card = freshCard(loop, session.root, arguments.limit);
+    const std::string text = arguments.json ? Appliance::indentedJson(Ui::toJson(card)) + "\n"
+                                            : allText(card, styleOf(STDOUT_FILENO));
     std::fputs(text.c_str(), stdout);
     return Exit::Ok;
 }
@@ -70,7 +68,7 @@ void addResultCommand(CLI::App& app, Action& chosen)
     const auto arguments = std::make_shared<ResultArguments>();
     CLI::App* command = app.add_subcommand("result", "Ask the service again for what it found last");
     addRootOption(*command, arguments->root);
-    addTimeoutOption(*command, arguments->timeout);
+    addTimeoutOption(*command, arguments->limit, "Seconds to wait for the answer, and for the list");
     command->add_flag("--json", arguments->json, "The card as JSON");
     command->footer("Examples:\n  appliance result\n  appliance result --json\n");
     command->callback([arguments, &chosen] { chosen = [arguments] { return result(*arguments); }; });

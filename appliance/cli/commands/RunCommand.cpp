@@ -2,6 +2,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -15,15 +16,21 @@
 #include "SearchArguments.h"
 #include "SearchOutput.h"
 #include "StatusRecord.h"
+#include "VoiceView.h"
 
 namespace Tool {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+// For what a sentence leads to: nobody watches a run, so that a slow machine may have its time.
+constexpr auto SayLimit = 30s;
+
 // While it lives no other run makes or removes folders.
-class Turn {
+class FoldersLock {
   public:
-    Turn() : fd_(open(buildFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    FoldersLock() : fd_(open(buildFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
     {
         if (fd_ < 0) {
             throw std::system_error(errno, std::generic_category(), buildFolder().string());
@@ -36,9 +43,9 @@ class Turn {
             }
         }
     }
-    ~Turn() { close(fd_); }
-    Turn(const Turn&) = delete;
-    Turn& operator=(const Turn&) = delete;
+    ~FoldersLock() { close(fd_); }
+    FoldersLock(const FoldersLock&) = delete;
+    FoldersLock& operator=(const FoldersLock&) = delete;
 
   private:
     int fd_;
@@ -77,7 +84,7 @@ RunFolder::RunFolder(const std::filesystem::path& parent)
 {
     std::string name = (parent / "XXXXXX").string();
     requireFit(name);
-    const Turn turn;
+    const FoldersLock lock;
     std::filesystem::create_directories(parent);
     removeAbandoned(parent);
     if (mkdtemp(name.data()) == nullptr) {
@@ -95,7 +102,7 @@ RunFolder::RunFolder(const std::filesystem::path& parent)
 RunFolder::~RunFolder()
 {
     try {
-        const Turn turn;
+        const FoldersLock lock;
         removeFolders();
     } catch (const std::system_error&) {
         // Left to the next run, which removes what is abandoned.
@@ -109,35 +116,92 @@ void RunFolder::removeFolders() const
     std::filesystem::remove(root_.path.parent_path(), ignored);  // only where no other run has a folder there
 }
 
-void printStatus(const SearchResult& result, const Root& root, bool json)
+struct RunArguments {
+    SearchArguments search;
+    std::string sentence;
+    bool withoutSaying = false;
+};
+
+struct Findings {
+    SearchResult search;
+    std::optional<StatusRecord> record;
+    std::optional<int> flag;
+    std::optional<VoiceTurn> turn;
+
+    bool areFine() const { return search.found() && (!turn || turn->isFine()); }
+};
+
+// The second product where there is one; nothing where there is no product to choose.
+std::string sentenceFor(const RunArguments& arguments, const SearchResult& result)
 {
-    const auto record = readStatusRecord(root.dataStore());
-    const auto flag = readSearchFlag();
-    if (json) {
-        nlohmann::json all = searchJson(result);
-        all["status"] = statusJson(record, flag);
-        std::printf("%s\n", indentedJson(all).c_str());
-        return;
+    if (arguments.withoutSaying || !arguments.sentence.empty()) {
+        return arguments.withoutSaying ? "" : arguments.sentence;
     }
-    std::printf("\n%s", statusText(record, flag, styleOf(STDOUT_FILENO)).c_str());
+    if (!result.found()) {
+        return "";
+    }
+    return result.card.products.size() == 1 ? "show me the first one" : "show me the second one";
 }
 
-Exit searchIn(EventLoop& loop, Rig& rig, const Root& root, const SearchArguments& arguments)
+void printJson(const Findings& findings)
 {
-    SearchOutput output(arguments.json);
+    nlohmann::json all = searchJson(findings.search);
+    all["status"] = statusJson(findings.record, findings.flag);
+    all["voice"] = findings.turn ? turnJson(*findings.turn, findings.search.card) : nlohmann::json();
+    std::printf("%s\n", Appliance::indentedJson(all).c_str());
+}
+
+void printText(const std::string& text, const RunArguments& arguments)
+{
+    if (!arguments.search.json) {
+        std::printf("\n%s", text.c_str());
+        std::fflush(stdout);
+    }
+}
+
+void search(EventLoop& loop, const Root& root, const RunArguments& arguments, SearchOutput& output,
+            Findings& findings)
+{
+    findings.search = runSearch(loop, root, arguments.search.options("milk"), output);
+    if (!findings.search.found() && !arguments.search.json) {
+        output.errors(findings.search);
+    }
+    output.progress().clear();
+    findings.record = readStatusRecord(root.dataStore());
+    findings.flag = readSearchFlag();
+    printText(statusText(findings.record, findings.flag, styleOf(STDOUT_FILENO)), arguments);
+}
+
+void sayOn(EventLoop& loop, const Root& root, const RunArguments& arguments, Findings& findings)
+{
+    const std::string sentence = sentenceFor(arguments, findings.search);
+    if (sentence.empty()) {
+        return;
+    }
+    const auto limit = std::min<std::chrono::milliseconds>(SayLimit, arguments.search.limit);
+    findings.turn = say(loop, root, {sentence, {}, limit});
+    printText(turnText(*findings.turn, findings.search.card, styleOf(STDOUT_FILENO)), arguments);
+    if (!arguments.search.json) {
+        std::fputs(turnErrors(*findings.turn, findings.search.card, styleOf(STDERR_FILENO)).c_str(), stderr);
+    }
+}
+
+Exit searchIn(EventLoop& loop, Rig& rig, const Root& root, const RunArguments& arguments)
+{
+    SearchOutput output(arguments.search.json);
     output.progress().show("starting the appliance");
     rig.start(
         [&output](const std::string& name, const std::string&) { output.progress().show(name + " is up"); });
-    const SearchResult result = runSearch(loop, root, arguments.options("milk"), output);
-    if (!result.found() && !arguments.json) {
-        output.errors(result);
+    Findings findings;
+    search(loop, root, arguments, output, findings);
+    sayOn(loop, root, arguments, findings);
+    if (arguments.search.json) {
+        printJson(findings);
     }
-    output.progress().clear();
-    printStatus(result, root, arguments.json);
-    return result.found() ? Exit::Ok : Exit::Failed;
+    return findings.areFine() ? Exit::Ok : Exit::Failed;
 }
 
-Exit run(const SearchArguments& arguments)
+Exit run(const RunArguments& arguments)
 {
     RunFolder folder(buildFolder() / "run");
     EventLoop loop;
@@ -163,14 +227,21 @@ Exit run(const SearchArguments& arguments)
 
 void addRunCommand(CLI::App& app, Action& chosen)
 {
-    const auto arguments = std::make_shared<SearchArguments>();
+    const auto arguments = std::make_shared<RunArguments>();
     CLI::App* command =
-        app.add_subcommand("run", "Start everything, search once, show it all, end everything");
-    addSearchArguments(*command, *arguments)->default_str("milk");
+        app.add_subcommand("run", "Start everything, search, choose a product by voice, end everything");
+    addSearchArguments(*command, arguments->search)->default_str("milk");
+    command
+        ->add_option("--say", arguments->sentence,
+                     "What is said in the end (else: show me the second one, or the only one)")
+        ->type_name("SENTENCE")
+        ->check(notEmpty());
+    command->add_flag("--no-say", arguments->withoutSaying, "Say nothing in the end")->excludes("--say");
     command->footer(
         "Examples:\n"
         "  appliance run\n"
         "  appliance run --merchant greengrocer apple\n"
+        "  appliance run --say \"show me number 3\" bread\n"
         "  appliance run \"milk ~slow-images ~image-404=2\"\n");
     command->callback([arguments, &chosen] { chosen = [arguments] { return run(*arguments); }; });
 }

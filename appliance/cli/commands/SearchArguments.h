@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace Tool {
 struct SearchArguments {
     std::string merchant = "freshmart";
     std::vector<std::string> term;
-    double timeout = 75;
+    std::chrono::milliseconds limit{75'000};
     bool withoutPictures = false;
     bool json = false;
 

@@ -18,7 +18,7 @@ Exit search(const std::string& rootOption, const SearchArguments& arguments)
     SearchOutput output(arguments.json);
     const SearchResult result = runSearch(loop, session.root, arguments.options(""), output);
     if (arguments.json) {
-        std::printf("%s\n", indentedJson(searchJson(result)).c_str());
+        std::printf("%s\n", Appliance::indentedJson(searchJson(result)).c_str());
     } else if (!result.found()) {
         output.errors(result);
     }

@@ -2,11 +2,11 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Asking.h"
 #include "Commands.h"
 #include "Extras.h"
 #include "Session.h"
 #include "Terminal.h"
-#include "UiClient.h"
 
 namespace Tool {
 
@@ -20,7 +20,7 @@ struct SendArguments {
     std::vector<std::string> lists;
     std::string uri;
     bool waitReply = false;
-    double timeout = 30;
+    std::chrono::milliseconds limit{30'000};
 };
 
 // A bus that the caller's environment names will do where no appliance runs in the root.
@@ -73,8 +73,7 @@ Exit send(const SendArguments& arguments)
         tell(request);
         return Exit::Ok;
     }
-    const auto limit = std::chrono::duration<double>(arguments.timeout);
-    const Answer answer = ask(loop, request, std::chrono::duration_cast<std::chrono::milliseconds>(limit));
+    const Answer answer = ask(loop, request, arguments.limit);
     printAnswer(answer);
     return answer.result == APP_CONTROL_RESULT_SUCCEEDED ? Exit::Ok : Exit::Failed;
 }
@@ -90,17 +89,12 @@ void addSendCommand(CLI::App& app, Action& chosen)
         ->add_option("OPERATION", arguments->operation,
                      "A URI, or service:NAME, platform:NAME, assistant:NAME")
         ->required();
-    command->add_option("--extra", arguments->texts, "A text")
-        ->type_name("KEY=VALUE")
-        ->expected(1)
-        ->take_all();
-    command->add_option("--list", arguments->lists, "A text list; \\, is a comma inside an element")
-        ->type_name("KEY=A,B,C")
-        ->expected(1)
-        ->take_all();
+    addTexts(*command, "--extra", arguments->texts, "A text")->type_name("KEY=VALUE");
+    addTexts(*command, "--list", arguments->lists, "A text list; \\, is a comma inside an element")
+        ->type_name("KEY=A,B,C");
     command->add_option("--uri", arguments->uri, "The request's URI");
     command->add_flag("--wait-reply", arguments->waitReply, "Ask for a reply, wait for it and print it");
-    addTimeoutOption(*command, arguments->timeout);
+    addTimeoutOption(*command, arguments->limit, "Seconds to wait for the reply");
     addRootOption(*command, arguments->root);
     command->footer(
         "Where no appliance runs in the root, the bus of DBUS_SESSION_BUS_ADDRESS is used.\n"

@@ -30,7 +30,7 @@ void printLine(const std::string& text)
 void printReady(const std::string& name, const std::string& detail)
 {
     const Style style = styleOf(STDOUT_FILENO);
-    const std::size_t nameWidth = 16;
+    const std::size_t nameWidth = 18;
     const std::string padding(name.size() < nameWidth ? nameWidth - name.size() : 1, ' ');
     printLine(style.green("✓ ") + style.bold(name) + padding + style.dim(detail));
 }
@@ -39,6 +39,7 @@ void printHowToGoOn(const Root& root, bool untilStdinCloses)
 {
     printLine("\nThe appliance is up in " + root.path.string() + "\n");
     printLine("  appliance search milk      a search, as a person would start it");
+    printLine("  appliance say ...          a spoken choice; say --help lists the sentences");
     printLine("  appliance log -f           what the service says meanwhile");
     printLine("  eval \"$(appliance env)\"    this shell becomes part of it\n");
     printLine(untilStdinCloses ? "It ends when standard input closes." : "Ctrl-C ends it.");
