@@ -2,10 +2,17 @@
 
 #include <utility>
 
+#include "Singleton.h"
+
 namespace Carvoy {
 
 ImageDelivery::ImageDelivery(std::function<void(const ImagePath&)> sendImage) : sender(std::move(sendImage))
 {
+}
+
+Util::ImageCurlDownloader* ImageDelivery::downloader()
+{
+    return Util::Singleton<Util::ImageCurlDownloader>::getInstance();
 }
 
 unsigned ImageDelivery::begin(const Step& reset)

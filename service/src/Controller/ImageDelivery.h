@@ -36,6 +36,9 @@ class ImageDelivery {
     /** `sendImage` hands one picture to the UI app. It is called with the mutex held. */
     explicit ImageDelivery(std::function<void(const ImagePath&)> sendImage);
 
+    /** The process's image downloader, made on first use. */
+    static Util::ImageCurlDownloader* downloader();
+
     /**
      * Begins a new search, with no picture waiting and the UI app not ready, and returns its number. `reset`
      * takes the last search out of what the mutex guards.

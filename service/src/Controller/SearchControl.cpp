@@ -1,5 +1,5 @@
 // The search: request, parsing, delivery, pictures. What the download threads share with the main loop is
-// touched under the mutex only, and only for the search that is the current one.
+// touched through the delivery only, and only for the search that is the current one.
 #include "SearchControl.h"
 
 #include <fstream>
@@ -11,10 +11,8 @@
 #include "Constants.h"
 #include "Curl.h"
 #include "DBControl.h"
-#include "ImageCurlDownloader.h"
 #include "JsonReader.h"
 #include "Log.h"
-#include "Singleton.h"
 
 namespace Carvoy {
 
@@ -24,6 +22,7 @@ constexpr int PAGE_SIZE = 6;  // products asked for, and products kept
 constexpr int HTTP_OK = 200;
 constexpr int HTTP_UNAUTHORIZED = 401;
 
+// What processSearch() returns.
 enum SearchResult { FOUND = 0, BAD_ANSWER = 1, NOT_LOGGED_IN = 2, FAILED = 3 };
 
 Util::AppControlData resultMessage;
@@ -32,6 +31,7 @@ Util::AppControlData imageMessage;
 }  // namespace
 
 SearchControl::SearchControl()
+    : mImages([this](const ImagePath& image) { sendImagePath(image.index, image.path); })
 {
     init();
 
@@ -105,49 +105,22 @@ int SearchControl::sendResultToUI()
     return 0;
 }
 
-// A picture that is ready before the UI app shows its product waits. When the UI app is ready it is sent with
-// the mutex held, so that pictures leave in the order in which they were fetched.
-void SearchControl::pushImagePath(int index, std::string path, unsigned search)
-{
-    ifCurrent(search, [&] {
-        if (!mIsUIReady) {
-            mImagePaths.push_back(std::make_unique<std::pair<int, std::string>>(index, std::move(path)));
-            return;
-        }
-        // The UI app may have become ready a moment ago: what waited goes first.
-        sendQueuedImagePaths();
-        sendImagePath(index, std::move(path));
-    });
-}
+// The pictures. The download thread of a search fetches one after the other and pushes the path of each. A
+// path that comes before the UI app shows the products waits with those before it; once the UI app is ready
+// each is sent at once. The sender has the mutex, so that they leave in the order in which they were fetched.
+// One that fails is left out: the UI app shows its product without, and the others follow.
 
 // Between the two steps a download thread may find the UI app ready and send what waits: there is then
 // nothing left to do here.
 void SearchControl::onUIReady()
 {
-    {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mIsUIReady = true;
-    }
+    mImages.setUIReady();
     sendAllImagePath();
 }
 
-void SearchControl::sendAllImagePath()
+void SearchControl::pushImagePath(int index, std::string path, unsigned search)
 {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (!mIsUIReady) {
-        LOG_E("UI is not ready to show image");
-        return;
-    }
-    sendQueuedImagePaths();
-}
-
-void SearchControl::sendQueuedImagePaths()
-{
-    while (!mImagePaths.empty()) {
-        std::unique_ptr<std::pair<int, std::string>> image = std::move(mImagePaths.front());
-        mImagePaths.pop_front();
-        sendImagePath(image->first, image->second);
-    }
+    mImages.push(search, {index, std::move(path), Util::DownloadImageType::PRODUCT_IMAGE});
 }
 
 int SearchControl::sendImagePath(int index, std::string path)
@@ -159,24 +132,31 @@ int SearchControl::sendImagePath(int index, std::string path)
     return 0;
 }
 
-bool SearchControl::ifCurrent(unsigned search, const std::function<void()>& step)
+void SearchControl::sendAllImagePath()
 {
-    std::lock_guard<std::mutex> lock(mMutex);
-    if (search != mSearch)
-        return false;
-    step();
-    return true;
+    if (!mImages.sendAll())
+        LOG_E("UI is not ready to show image");
+}
+
+std::string SearchControl::recordDownload(int id, int index, unsigned search)
+{
+    std::string path;
+    mImages.ifCurrent(search, [&] {
+        mDownloadIds[id] = index;
+        path = mImages.downloader()->downloaded[id];
+    });
+    return path;
 }
 
 bool SearchControl::isCurrent(unsigned search)
 {
-    return ifCurrent(search, [] {});
+    return mImages.ifCurrent(search, [] {});
 }
 
 void SearchControl::deinitDownload(int id, unsigned search)
 {
-    ifCurrent(search, [&] {
-        Util::Singleton<Util::ImageCurlDownloader>::getInstance()->deinitDownload(id);
+    mImages.ifCurrent(search, [&] {
+        mImages.downloader()->deinitDownload(id);
         mDownloadIds.erase(id);
     });
 }
@@ -191,16 +171,40 @@ int SearchControl::init()
     mSearchTerm.clear();
     mSearchBy.clear();
 
-    std::lock_guard<std::mutex> lock(mMutex);
-    ++mSearch;
-    mImagePaths.clear();
-    auto* downloader = Util::Singleton<Util::ImageCurlDownloader>::getInstance();
-    for (const auto& [id, index] : mDownloadIds)
-        downloader->deinitDownload(id);
-    mDownloadIds.clear();
-    downloader->downloaded.clear();  // also what a thread has recorded and not yet reported
-    mIsUIReady = false;
-    return downloader->clearAllDownloadedImages();
+    int result = 0;
+    mSearch = mImages.begin([&] {
+        for (const auto& [id, index] : mDownloadIds)
+            mImages.downloader()->deinitDownload(id);
+        mDownloadIds.clear();
+        mImages.downloader()->downloaded.clear();  // also what a thread has recorded and not yet reported
+        result = mImages.downloader()->clearAllDownloadedImages();
+    });
+    return result;
+}
+
+std::array<std::vector<std::string>*, 7> SearchControl::lists()
+{
+    return {&mNames,  &mImageUrls,  &mSizeOrWeights, &mDiscountPercents, &mPricesBeforeDiscount,
+            &mPrices, &mVariantRefs};
+}
+
+// What goes to the merchant bridge, here for the term "oat milk":
+//
+//     GET .../api/product/search?merchant=freshmart&query=oat%20milk&searchBy=full&pageSize=6
+//     X-Auth-Access-Token:...
+//     X-Auth-Session-Token:...
+//
+// There is no blank behind the colons. Both tokens come from the partner app's file, anew for each search:
+// the user may have logged in since the last one, or out. Without both of them there is no request, and the
+// search counts as a rejected login.
+
+std::string SearchControl::searchUrl(Util::Curl& curl)
+{
+    std::string url = MERCHANT_BRIDGE_SEARCH_URL;
+    url += "?merchant=" + curl.encode(mMerchant);
+    url += "&query=" + curl.encode(mSearchTerm);
+    url += "&searchBy=" + curl.encode(mSearchBy);
+    return url + "&pageSize=" + curl.encode(mPageSize);
 }
 
 std::string SearchControl::searchProduct()
@@ -217,11 +221,7 @@ try {
     Util::Curl curl;
     curl.appendHeader(DBControl::CarvoyDBKeyXAuthAccessToken + ":" + accessToken);
     curl.appendHeader(DBControl::CarvoyDBKeyXAuthSessionToken + ":" + sessionToken);
-
-    std::string url = MERCHANT_BRIDGE_SEARCH_URL;
-    url += "?merchant=" + curl.encode(mMerchant) + "&query=" + curl.encode(mSearchTerm);
-    url += "&searchBy=" + curl.encode(mSearchBy) + "&pageSize=" + curl.encode(mPageSize);
-    curl_easy_setopt(curl.mHandle, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl.mHandle, CURLOPT_URL, searchUrl(curl).c_str());
     mStatus = static_cast<int>(curl.perform());
 
     if (mStatus == HTTP_OK)
@@ -244,26 +244,38 @@ void SearchControl::checkMCLogin(std::string* tokens)
     std::string line;
     std::getline(file, line);
 
+    // The session token may hold commas, the access token holds none. What stands below the first line has no
+    // meaning.
+    //
     // Without a comma the whole line is both tokens: the position behind "not found" is the line's start.
     size_t comma = line.rfind(',');
     tokens[0] = line.substr(0, comma);
     tokens[1] = line.substr(comma + 1);
 }
 
-namespace {
-
 // What is read of an answer; all else in it is ignored, and all of it may be missing or of another type:
 //
-//     {"products": [{"name": "Whole Milk", "imageUrl": "https://...",
+//     {"products": [{"name": "Whole Milk",
+//                    "imageUrl": "https://...",
 //                    "productOptionGroups": [{"productOptions": [{"label": "1 gal"}]}],
-//                    "mbVariants": [{"amountMinorUnits": 750, "formerPriceAmountMinorUnits": 1000,
+//                    "mbVariants": [{"amountMinorUnits": 750,
+//                                    "formerPriceAmountMinorUnits": 1000,
 //                                    "productVariantRef": "..."}]}]}
 //
-// Of each inner array only the first element counts: a product is shown with one size and one price.
+// Of each inner array only the first element counts: a product is shown with one size and one price. This one
+// is shown as "Whole Milk", "1 gal", "Save 25%", "$10.0" and "$7.50". Prices are in minor units, so 750 is
+// $7.50; a product that is not reduced has no former one, or one that is not above its price.
+
+namespace {
 
 /**
- * `minorUnits` (at least 1) as the UI app shows it: 1250 is $12.50, 99 is $0.99. The cents are not padded, so
- * 1205 is $12.5 and 300 is $3.0. The sign is that of the dollar, whatever the merchant.
+ * `minorUnits` (at least 1) as the UI app shows it. The cents are not padded, and the sign is that of the
+ * dollar, whatever the merchant:
+ *
+ *     1250  $12.50
+ *     1205  $12.5
+ *      300  $3.0
+ *       99  $0.99
  */
 std::string priceText(int minorUnits)
 {
@@ -271,8 +283,12 @@ std::string priceText(int minorUnits)
 }
 
 /**
- * By how many per cent `amount` is below `former`, cut to a whole number: 500 instead of 999 saves 49%. The
- * product of a difference and 100 needs more than 32 bits.
+ * By how many per cent `amount` is below `former`, cut to a whole number:
+ *
+ *     1000  750  Save 25%
+ *      999  500  Save 49%
+ *
+ * The product of a difference and 100 needs more than 32 bits.
  */
 std::string discountText(int amount, int former)
 {
@@ -280,24 +296,9 @@ std::string discountText(int amount, int former)
     return "Save " + std::to_string(percent) + "%";
 }
 
-/** Leaves the slot as it is, which is empty, where the answer has no such text. */
-void assignString(std::string& slot, JsonObject* object, const char* name)
+/** The array of products in an answer. Throws what is wrong with the answer. */
+JsonArray* productsOf(JsonObject* answer)
 {
-    if (const char* text = JsonReader::stringMember(object, name))
-        slot = text;
-}
-
-/** The array of products in a loaded answer. Throws what is wrong with the answer. */
-JsonArray* productsOf(JsonParser* parser)
-{
-    JsonNode* root = json_parser_get_root(parser);
-    if (!root)
-        throw "json_parser_get_root() failed";
-    if (json_node_get_node_type(root) != JSON_NODE_OBJECT)
-        throw "Invalid json type";
-    JsonObject* answer = json_node_get_object(root);
-    if (!answer)
-        throw "json_node_get_object() failed";
     if (!json_object_has_member(answer, "products"))
         throw "no member: products";
     JsonArray* products = JsonReader::arrayMember(answer, "products");
@@ -306,20 +307,22 @@ JsonArray* productsOf(JsonParser* parser)
     return products;
 }
 
-}  // namespace
-
-std::array<std::vector<std::string>*, 7> SearchControl::lists()
+/** How many of them are kept: a merchant may answer with more products than it was asked for. */
+int keptOf(JsonArray* products)
 {
-    return {&mNames,  &mImageUrls,  &mSizeOrWeights, &mDiscountPercents, &mPricesBeforeDiscount,
-            &mPrices, &mVariantRefs};
+    unsigned length = json_array_get_length(products);
+    return length > PAGE_SIZE ? PAGE_SIZE : static_cast<int>(length);
 }
 
+}  // namespace
+
+// What the variant is bought by, and what it costs. The reference is what the partner app knows it by.
 void SearchControl::fillVariant(size_t index, JsonObject* variant)
 {
     // A missing price counts as -1, and is no price, like 0.
     int amount = JsonReader::intMember(variant, "amountMinorUnits").value_or(-1);
     int former = JsonReader::intMember(variant, "formerPriceAmountMinorUnits").value_or(-1);
-    assignString(mVariantRefs[index], variant, "productVariantRef");
+    JsonReader::assignString(mVariantRefs[index], variant, "productVariantRef");
 
     if (former >= 1)
         mPricesBeforeDiscount[index] = priceText(former);
@@ -331,15 +334,21 @@ void SearchControl::fillVariant(size_t index, JsonObject* variant)
         mDiscountPercents[index] = discountText(amount, former);
 }
 
+// Any link of the chain that leads to the label may be missing.
+void SearchControl::fillSizeOrWeight(size_t index, JsonObject* product)
+{
+    JsonObject* group = JsonReader::firstObjectOf(product, "productOptionGroups");
+    JsonObject* option = group ? JsonReader::firstObjectOf(group, "productOptions") : nullptr;
+    if (option)
+        JsonReader::assignString(mSizeOrWeights[index], option, "label");
+}
+
 void SearchControl::fillProduct(size_t index, JsonObject* product)
 {
-    assignString(mNames[index], product, "name");
-    assignString(mImageUrls[index], product, "imageUrl");
+    JsonReader::assignString(mNames[index], product, "name");
+    JsonReader::assignString(mImageUrls[index], product, "imageUrl");
 
-    if (JsonObject* group = JsonReader::firstObjectOf(product, "productOptionGroups")) {
-        if (JsonObject* option = JsonReader::firstObjectOf(group, "productOptions"))
-            assignString(mSizeOrWeights[index], option, "label");
-    }
+    fillSizeOrWeight(index, product);
     if (JsonObject* variant = JsonReader::firstObjectOf(product, "mbVariants"))
         fillVariant(index, variant);
 }
@@ -364,19 +373,10 @@ int SearchControl::parseResult(std::string text)
     // Owns all that is read of the answer: the texts are copied into the lists before it goes.
     JsonParserPtr parser;
     try {
-        parser.reset(json_parser_new());
-        if (!parser)
-            throw "Couldn't create json parser";
-        if (!JsonReader::load(parser.get(), text))
-            throw "json_parser_load_from_data() failed";
-        JsonArray* products = productsOf(parser.get());
-
-        // A merchant may answer with more products than it was asked for.
-        unsigned length = json_array_get_length(products);
-        mTotalCount = length > PAGE_SIZE ? PAGE_SIZE : static_cast<int>(length);
+        JsonArray* products = productsOf(JsonReader::loadObject(parser, text));
+        mTotalCount = keptOf(products);
         if (mTotalCount < 1)
             throw "empty json array";
-
         fillLists(products);
     } catch (const char* message) {
         LOG_E("%s", message);
@@ -390,34 +390,29 @@ void SearchControl::downloadImages()
     if (mTotalCount < 1)
         return;
 
-    // The thread works on its own copy of the URLs: the lists are the main loop's, and the next search fills
-    // them anew.
+    // The thread works on its own copy of the URLs: the next search fills the list anew.
     auto download = [this, search = mSearch, urls = mImageUrls] {
-        auto* downloader = Util::Singleton<Util::ImageCurlDownloader>::getInstance();
         bool isWanted = true;
-        auto gate = [&](const std::function<void()>& step) { return isWanted = ifCurrent(search, step); };
+        auto gate = [&](const ImageDelivery::Step& step) {
+            return isWanted = mImages.ifCurrent(search, step);
+        };
         for (int i = 0; i < static_cast<int>(urls.size()) && isCurrent(search); ++i) {
             int id = i + 1;
             if (id < 1) {
                 LOG_E("download_id is not used: %d", id);
                 continue;
             }
-            bool isRecorded = downloader->startDownload(id, urls[i].c_str(), gate);
+            bool isRecorded = mImages.downloader()->startDownload(id, urls[i].c_str(), gate);
             if (!isRecorded && isWanted) {
                 LOG_E("Failed to startDownload for index %d", i);
                 continue;
             }
-            std::string path;
-            ifCurrent(search, [&] {
-                mDownloadIds[id] = i;
-                path = downloader->downloaded[id];
-            });
-            pushImagePath(i, path, search);
+            pushImagePath(i, recordDownload(id, i, search), search);
             deinitDownload(id, search);
         }
     };
     try {
-        mDownloads.start(download);
+        mImages.download(download);
     } catch (const std::system_error& error) {
         LOG_E("Failed to start the download thread: %s", error.what());
     }

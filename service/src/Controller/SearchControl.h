@@ -2,18 +2,17 @@
 #pragma once
 
 #include <array>
-#include <deque>
-#include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <json-glib/json-glib.h>
 
-#include "DownloadThreads.h"
+#include "ImageDelivery.h"
+
+namespace Util {
+class Curl;
+}
 
 namespace Carvoy {
 
@@ -70,20 +69,21 @@ class SearchControl {
     void onUIReady();
     void sendAllImagePath();
     void downloadImages();
+    std::string searchUrl(Util::Curl& curl);
 
-    // For the main loop and the download threads. They take the mutex; what belongs to an earlier search than
-    // the current one is dropped.
+    // For the main loop and the download threads. What belongs to an earlier search than the current one is
+    // dropped.
     void pushImagePath(int index, std::string path, unsigned search);
-    void deinitDownload(int id, unsigned search);
-    bool ifCurrent(unsigned search, const std::function<void()>& step);
+    std::string recordDownload(int id, int index, unsigned search);
     bool isCurrent(unsigned search);
+    void deinitDownload(int id, unsigned search);
 
-    // With the mutex held.
-    void sendQueuedImagePaths();
+    /** With the mutex held. The result means nothing. */
     int sendImagePath(int index, std::string path);
 
     std::array<std::vector<std::string>*, 7> lists();
     void fillLists(JsonArray* products);
+    void fillSizeOrWeight(size_t index, JsonObject* product);
     void fillProduct(size_t index, JsonObject* product);
     void fillVariant(size_t index, JsonObject* variant);
 
@@ -101,15 +101,13 @@ class SearchControl {
     std::string mSearchBy;
     std::string mPageSize;
 
-    // Download id to product index, and the pictures (product index, path) that wait for the UI app.
-    std::map<int, int> mDownloadIds;
-    std::deque<std::unique_ptr<std::pair<int, std::string>>> mImagePaths;
-    bool mIsUIReady = false;
     unsigned mSearch = 0;  // number of the current search
-    // Guards the four above, the image message, and the image downloader's files and records.
-    std::mutex mMutex;
 
-    DownloadThreads mDownloads;  // the last member: its threads use all the others
+    // Download id to product index. Guarded by mImages, as are the image message and the image downloader's
+    // files and records.
+    std::map<int, int> mDownloadIds;
+
+    ImageDelivery mImages;  // the last member: its threads use all the others
 };
 
 }  // namespace Carvoy

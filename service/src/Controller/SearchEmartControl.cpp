@@ -16,7 +16,6 @@
 #include "RetailerAnswer.h"
 #include "RetailerConstants.h"
 #include "RetailerTexts.h"
-#include "Singleton.h"
 
 namespace Carvoy {
 
@@ -35,11 +34,6 @@ Util::AppControlData resultMessage;
 Util::AppControlData imageMessage;
 
 using Util::DownloadImageType;
-
-Util::ImageCurlDownloader* imageDownloader()
-{
-    return Util::Singleton<Util::ImageCurlDownloader>::getInstance();
-}
 
 }  // namespace
 
@@ -77,12 +71,12 @@ void SearchEmartControl::init()
         for (std::vector<std::string>* list : lists())
             list->clear();
         for (const auto& [id, index] : downloadIndex)
-            imageDownloader()->deinitDownload(id);
+            delivery.downloader()->deinitDownload(id);
         downloadIndex.clear();
         downloadType.clear();
         startedDownloads.clear();
-        imageDownloader()->downloaded.clear();  // also what a thread has recorded and not yet reported
-        imageDownloader()->clearAllDownloadedImages();
+        delivery.downloader()->downloaded.clear();  // also what a thread has recorded and not yet reported
+        delivery.downloader()->clearAllDownloadedImages();
     });
 }
 
@@ -293,7 +287,7 @@ void SearchEmartControl::sendEmartAllImagePath()
 void SearchEmartControl::deinitDownload(int id, unsigned search)
 {
     delivery.ifCurrent(search, [&] {
-        imageDownloader()->deinitDownload(id);
+        delivery.downloader()->deinitDownload(id);
         downloadIndex.erase(id);
         downloadType.erase(id);
     });
@@ -305,7 +299,7 @@ void SearchEmartControl::downloadImages()
         return;
 
     auto download = [this] {
-        Util::ImageCurlDownloader* downloader = imageDownloader();
+        Util::ImageCurlDownloader* downloader = delivery.downloader();
         for (int i = 0; isLeft(i); ++i) {
             startDownloadImages(downloader, i, DownloadImageType::PRODUCT_IMAGE);
             startDownloadImages(downloader, i, DownloadImageType::DISCOUNT_ICON_IMAGE);
