@@ -64,13 +64,21 @@ std::string Asked::header(const std::string& name) const
 }
 
 Merchant::Merchant(int port, const Appliance::Certificate& certificate)
-    : server_(std::make_unique<httplib::SSLServer>(certificate.x509.get(), certificate.key.get()))
+    : Merchant(port, std::make_unique<httplib::SSLServer>(certificate.x509.get(), certificate.key.get()))
+{
+}
+
+Merchant::Merchant(int port) : Merchant(port, std::make_unique<httplib::Server>()) {}
+
+Merchant::Merchant(int port, std::unique_ptr<httplib::Server> server) : server_(std::move(server))
 {
     server_->new_task_queue = [] { return new httplib::ThreadPool(ServerThreads); };
     server_->set_keep_alive_max_count(1);
-    server_->Get(".*", [this](const httplib::Request& request, httplib::Response& response) {
+    const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
         serve(request, response);
-    });
+    };
+    server_->Get(".*", handler);
+    server_->Post(".*", handler);
     require(server_->bind_to_port(Loopback, port), "the merchant's port is taken");
     thread_ = std::thread([this] { server_->listen_after_bind(); });
     while (!server_->is_running())
@@ -127,7 +135,8 @@ std::vector<Asked> Merchant::requests(const std::string& path) const
 
 void Merchant::serve(const httplib::Request& request, httplib::Response& response)
 {
-    const Asked asked{request.target, {request.headers.begin(), request.headers.end()}};
+    const Asked asked{
+        request.method, request.target, {request.headers.begin(), request.headers.end()}, request.body};
     const Script script = note(request.path, asked);
     const Answer answer = script ? script(asked) : Answer{404, "no such thing here", "text/plain"};
     pause(answer.delay);

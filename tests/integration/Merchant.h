@@ -1,4 +1,4 @@
-// A merchant in the test's own process: an HTTPS server that does what the test tells it.
+// A shop in the test's own process: a server that does what the test tells it.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@
 #include "ThrowawayCertificates.h"
 
 namespace httplib {
-class SSLServer;
+class Server;
 struct Request;
 struct Response;
 }  // namespace httplib
@@ -38,10 +38,12 @@ class ReservedPort {
     int number_ = 0;
 };
 
-/** A request as it came: path and query as they were sent, and the header lines. */
+/** A request as it came: path and query as they were sent, the header lines, and the body. */
 struct Asked {
+    std::string method;
     std::string target;
     std::multimap<std::string, std::string> headers;
+    std::string body;
 
     std::string header(const std::string& name) const;
 };
@@ -61,7 +63,11 @@ class Merchant {
 
     static constexpr const char* SearchPath = "/merchantbridge-production/api/product/search";
 
+    /** HTTPS, as the merchant bridge has it. */
     Merchant(int port, const Appliance::Certificate& certificate);
+
+    /** Plain HTTP, as the retailer has it. */
+    explicit Merchant(int port);
     ~Merchant();
     Merchant(const Merchant&) = delete;
     Merchant& operator=(const Merchant&) = delete;
@@ -81,11 +87,13 @@ class Merchant {
     std::vector<Asked> requests(const std::string& path) const;
 
   private:
+    Merchant(int port, std::unique_ptr<httplib::Server> server);
+
     void serve(const httplib::Request& request, httplib::Response& response);
     Script note(const std::string& path, const Asked& asked);
     void pause(std::chrono::milliseconds delay);
 
-    std::unique_ptr<httplib::SSLServer> server_;
+    std::unique_ptr<httplib::Server> server_;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::map<std::string, Script> scripts_;

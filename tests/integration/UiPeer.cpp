@@ -50,6 +50,13 @@ Picture UiPeer::nextPicture()
     return {textOf(message, "key_product_image_num"), textOf(message, "key_product_image_path")};
 }
 
+Picture UiPeer::nextRetailerPicture()
+{
+    const RawMessage message = nextOf("emart_product_image");
+    return {textOf(message, "key_product_image_num"), textOf(message, "key_product_image_path"),
+            textOf(message, "key_product_image_type")};
+}
+
 std::string UiPeer::confirm(const RawMessage& message)
 {
     return peer_.reply(message.sender, message.id, Succeeded);

@@ -19,6 +19,7 @@ std::vector<std::string> listOf(const TestSupport::RawMessage& message, const st
 struct Picture {
     std::string index;
     std::string path;
+    std::string type{};  // of the retailer's only
 };
 
 /** Owns the UI app's name. Messages are taken in the order in which they came. One thread. */
@@ -32,6 +33,7 @@ class UiPeer {
     TestSupport::RawMessage nextResult();
     TestSupport::RawMessage nextPictureMessage();
     Picture nextPicture();
+    Picture nextRetailerPicture();
 
     /** Answers a result message. Returns the name of the error that came back; empty for none. */
     std::string confirm(const TestSupport::RawMessage& message);
