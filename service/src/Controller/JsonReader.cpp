@@ -69,6 +69,30 @@ bool load(JsonParser* parser, const std::string& text)
     return json_parser_load_from_data(parser, text.c_str(), static_cast<gssize>(text.size()), nullptr);
 }
 
+JsonObject* loadObject(JsonParserPtr& parser, const std::string& text)
+{
+    parser.reset(json_parser_new());
+    if (!parser)
+        throw "Couldn't create json parser";
+    if (!load(parser.get(), text))
+        throw "json_parser_load_from_data() failed";
+    JsonNode* root = json_parser_get_root(parser.get());
+    if (!root)
+        throw "json_parser_get_root() failed";
+    if (json_node_get_node_type(root) != JSON_NODE_OBJECT)
+        throw "Invalid json type";
+    JsonObject* object = json_node_get_object(root);
+    if (!object)
+        throw "json_node_get_object() failed";
+    return object;
+}
+
+JsonObject* objectMember(JsonObject* object, const char* name)
+{
+    JsonNode* node = json_object_get_member(object, name);
+    return node && JSON_NODE_HOLDS_OBJECT(node) ? json_object_get_object_member(object, name) : nullptr;
+}
+
 JsonArray* arrayMember(JsonObject* object, const char* name)
 {
     JsonNode* node = json_object_get_member(object, name);
@@ -94,6 +118,12 @@ const char* stringMember(JsonObject* object, const char* name)
     JsonNode* node = valueMember(object, name);
     bool isString = node && json_node_get_value_type(node) == G_TYPE_STRING;
     return isString ? json_object_get_string_member(object, name) : nullptr;
+}
+
+void assignString(std::string& slot, JsonObject* object, const char* name)
+{
+    if (const char* text = stringMember(object, name))
+        slot = text;
 }
 
 std::optional<int> intMember(JsonObject* object, const char* name)

@@ -28,6 +28,15 @@ namespace JsonReader {
  */
 bool load(JsonParser* parser, const std::string& text);
 
+/**
+ * Loads `text` and gives its root, which must be an object, and which a new parser in `parser` owns. Throws
+ * what is wrong, in words for the log, as a const char*.
+ */
+JsonObject* loadObject(JsonParserPtr& parser, const std::string& text);
+
+/** The member as an object; null if there is none or it is something else. */
+JsonObject* objectMember(JsonObject* object, const char* name);
+
 /** The member as an array; null if there is none or it is something else. */
 JsonArray* arrayMember(JsonObject* object, const char* name);
 
@@ -39,6 +48,9 @@ JsonObject* firstObjectOf(JsonObject* object, const char* arrayName);
 
 /** The member's text in UTF-8; null if there is none or it is something else. */
 const char* stringMember(JsonObject* object, const char* name);
+
+/** Copies the member's text into `slot`, which stays as it is if there is none. */
+void assignString(std::string& slot, JsonObject* object, const char* name);
 
 /**
  * The member as a 32-bit number: a larger one keeps its low 32 bits, a fraction is cut off. Nothing if there

@@ -1,0 +1,85 @@
+#include "RetailerAnswer.h"
+
+#include <algorithm>
+
+#include "JsonReader.h"
+#include "Log.h"
+#include "RetailerTexts.h"
+
+namespace Carvoy::RetailerAnswer {
+
+namespace {
+
+// What is read of an answer; all else in it is ignored, and all of it may be missing or of another type:
+//
+//     {"data": {"itemCount": "11",
+//               "itemList": [{"itemNm": "우유 1L", "displayPrc": "2980", "itemImgUrl": "http://...",
+//                             "itemId": "1000024500411",
+//                             "benefitGrp1": [{"type": "11", "txt": "1,000원 할인"}],
+//                             "benefitGrp2": [{"type": "270"}]}]}}
+//
+// Of each inner array only the first element counts: a product is shown with one discount and one badge.
+
+JsonArray* itemsOf(JsonObject* answer)
+{
+    if (!json_object_has_member(answer, "data"))
+        throw "no member: data";
+    JsonObject* data = JsonReader::objectMember(answer, "data");
+    if (!data)
+        throw "json_node_get_object_member() failed";
+    if (const char* itemCount = JsonReader::stringMember(data, "itemCount"))
+        LOG_D("itemCount: %s", itemCount);
+    if (!json_object_has_member(data, "itemList"))
+        throw "no member: itemList";
+    JsonArray* items = JsonReader::arrayMember(data, "itemList");
+    if (!items)
+        throw "json_object_get_array_member() failed";
+    if (json_array_get_length(items) == 0)
+        throw "empty json array";
+    return items;
+}
+
+void readDiscount(RetailerProduct& product, JsonObject* discount)
+{
+    const char* type = JsonReader::stringMember(discount, "type");
+    if (!type || !RetailerTexts::isAcceptedDiscount(type))
+        return;
+    product.discountType = type;
+    JsonReader::assignString(product.discountText, discount, "txt");
+}
+
+RetailerProduct readProduct(JsonObject* item)
+{
+    RetailerProduct product;
+    JsonReader::assignString(product.name, item, "itemNm");
+    JsonReader::assignString(product.imageUrl, item, "itemImgUrl");
+    JsonReader::assignString(product.id, item, "itemId");
+    if (const char* digits = JsonReader::stringMember(item, "displayPrc"))
+        product.price = RetailerTexts::price(digits);
+    if (JsonObject* discount = JsonReader::firstObjectOf(item, "benefitGrp1"))
+        readDiscount(product, discount);
+    if (JsonObject* badge = JsonReader::firstObjectOf(item, "benefitGrp2")) {
+        if (const char* type = JsonReader::stringMember(badge, "type"))
+            product.discountIconUrl = RetailerTexts::iconUrl(type).value_or("");
+    }
+    return product;
+}
+
+}  // namespace
+
+std::vector<RetailerProduct> read(const std::string& body, std::size_t limit)
+{
+    // Owns all that is read of the answer: the texts are copied before it goes.
+    JsonParserPtr parser;
+    JsonArray* items = itemsOf(JsonReader::loadObject(parser, body));
+
+    // A product that is not an object keeps its place, with nothing in it.
+    std::vector<RetailerProduct> products(std::min<std::size_t>(json_array_get_length(items), limit));
+    for (std::size_t i = 0; i < products.size(); ++i) {
+        if (JsonObject* item = JsonReader::objectElement(items, static_cast<unsigned>(i)))
+            products[i] = readProduct(item);
+    }
+    return products;
+}
+
+}  // namespace Carvoy::RetailerAnswer

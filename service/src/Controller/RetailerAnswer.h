@@ -1,0 +1,32 @@
+// What the retailer answers.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Carvoy {
+
+/** A product as the UI app is to show it. What the answer does not have, or the UI app does not know, is
+ * empty. */
+struct RetailerProduct {
+    std::string name;
+    std::string imageUrl;
+    std::string price;  // in won: "12,900원"
+    std::string id;
+    std::string discountType;  // code of an accepted kind of discount, as sent
+    std::string discountText;
+    std::string discountIconUrl;
+};
+
+namespace RetailerAnswer {
+
+/**
+ * The first `limit` products of an answer's body, in its order. Throws what is wrong with it, in words for
+ * the log, as a const char*; an answer without products is wrong, too.
+ */
+std::vector<RetailerProduct> read(const std::string& body, std::size_t limit);
+
+}  // namespace RetailerAnswer
+
+}  // namespace Carvoy
