@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "Card.h"
+
 namespace Tool {
 
 // P/TAG     (  pid): text
@@ -20,9 +22,16 @@ std::optional<LogLine> parseLogLine(const std::string& line);
 // The message itself, without the service's "[thread] file: function(line) > " in front of it.
 std::string messageOf(const LogLine& line);
 
+// Of the service, or of the retailer's, which logs by the same tag.
 bool isServiceError(const LogLine& line);
 
-// The product position whose picture this line of the service gives up, counting from 0.
-std::optional<std::size_t> pictureGivenUp(const LogLine& line);
+struct GivenUpPicture {
+    Ui::Source source;
+    std::size_t index;  // the product's position from 0
+    Ui::PictureKind kind;
+};
+
+// The picture that this line of the service or the retailer's service gives up.
+std::optional<GivenUpPicture> pictureGivenUp(const LogLine& line);
 
 }  // namespace Tool

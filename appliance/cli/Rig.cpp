@@ -11,6 +11,7 @@
 
 #include "Exit.h"
 #include "LogFollower.h"
+#include "LoginFile.h"
 #include "Names.h"
 #include "RandomText.h"
 #include "SiteValues.h"
@@ -102,10 +103,12 @@ void Rig::start(const ReadyHandler& onReady)
     prepareFolders();
     startBus();
     startBridge();
+    startRetailer();
     session_.enter();
     startApp("carvoy-partner", Appliance::PartnerAppId, {});
     startApp("carvoy-assistant", Appliance::AssistantAppId, {});
     startApp("carvoy-service", Appliance::ServiceAppId, {});
+    startApp("carvoy-retailer", Appliance::RetailerServiceAppId, {});
     startApp("carvoy-ui", Appliance::UiAppId, options_.uiArguments);
     session_.write();
 }
@@ -123,6 +126,11 @@ void Rig::prepareFolders()
                             {"APPLIANCE_DLOG", root.platformLog().string()},
                             {"APPLIANCE_CA_FILE", caFile(root).string()},
                             {"no_proxy", "*"}};  // the stand-ins are on this machine
+    try {
+        ensureLogin(loginFile());
+    } catch (const std::system_error&) {
+        // Only a search at the retailer needs it, and that says what is wrong.
+    }
 }
 
 void Rig::startBus()
@@ -145,18 +153,36 @@ void Rig::startBus()
 void Rig::startBridge()
 {
     const Root& root = options_.root;
-    RunningProgram& bridge =
-        spawn("merchant-bridge", {program("merchant-bridge"), "--host", CARVOY_MERCHANT_BRIDGE_HOST,
-                                  "--ca-file", caFile(root).string(), "--tokens-file",
-                                  tokensFile(root).string(), "--log", bridgeLog().string()});
+    const std::string place = startShop(
+        "merchant-bridge", {"--host", CARVOY_MERCHANT_BRIDGE_HOST, "--ca-file", caFile(root).string(),
+                            "--tokens-file", tokensFile(root).string(), "--log", bridgeLog().string()});
+    session_.environment["APPLIANCE_CONNECT_TO"] = std::string(CARVOY_MERCHANT_BRIDGE_HOST) + ":443:" + place;
+    onReady_("merchant-bridge", place);
+}
+
+void Rig::startRetailer()
+{
+    const std::string place =
+        startShop("retailer", {"--host", CARVOY_RETAILER_API_HOST, "--icon-host", CARVOY_RETAILER_ICON_HOST,
+                               "--log", (options_.root.logFolder() / "retailer.log").string()});
+    session_.environment["APPLIANCE_CONNECT_TO"] += "," + std::string(CARVOY_RETAILER_API_HOST) +
+                                                    ":80:" + place + "," + CARVOY_RETAILER_ICON_HOST +
+                                                    ":80:" + place;
+    onReady_("retailer", place);
+}
+
+// Returns where it listens.
+std::string Rig::startShop(const std::string& name, const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> command = {program(name)};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const RunningProgram& shop = spawn(name, command);
     int port = 0;
-    awaitLine(bridge, [&port](const std::string& line) {
+    awaitLine(shop, [&port](const std::string& line) {
         port = portIn(line).value_or(0);
         return port != 0;
     });
-    const std::string place = "127.0.0.1:" + std::to_string(port);
-    session_.environment["APPLIANCE_CONNECT_TO"] = std::string(CARVOY_MERCHANT_BRIDGE_HOST) + ":443:" + place;
-    onReady_("merchant-bridge", place);
+    return "127.0.0.1:" + std::to_string(port);
 }
 
 void Rig::startApp(const std::string& name, const std::string& appId,

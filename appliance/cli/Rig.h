@@ -1,5 +1,5 @@
-// The whole appliance on this PC: a private bus, the merchant bridge, the service, and the apps on the
-// screen.
+// The whole appliance on this PC: a private bus, the merchant bridge, the retailer, the two services, and the
+// apps on the screen.
 #pragma once
 
 #include <functional>
@@ -48,6 +48,8 @@ class Rig {
     void prepareFolders();
     void startBus();
     void startBridge();
+    void startRetailer();
+    std::string startShop(const std::string& name, const std::vector<std::string>& arguments);
     void startApp(const std::string& program, const std::string& appId,
                   const std::vector<std::string>& arguments);
     RunningProgram& spawn(const std::string& name, std::vector<std::string> command);

@@ -30,14 +30,14 @@ void SearchOutput::onShown(const Ui::CardContent& card)
     print(cardText(card, style_) + "\n");
 }
 
-void SearchOutput::onPicture(std::size_t index, const std::string& path)
+void SearchOutput::onPicture(const PictureName& picture, const std::string& path)
 {
-    print(pictureText(index, path, style_));
+    print(pictureText(picture.first, path, style_, picture.second));
 }
 
-void SearchOutput::onPictureGivenUp(std::size_t index, const std::string& reason)
+void SearchOutput::onPictureGivenUp(const PictureName& picture, const std::string& reason)
 {
-    print(missingPictureText(index, reason, style_));
+    print(missingPictureText(picture.first, reason, style_, picture.second));
 }
 
 void SearchOutput::onPicturesAwaited(std::size_t settled, std::size_t total)
@@ -47,6 +47,9 @@ void SearchOutput::onPicturesAwaited(std::size_t settled, std::size_t total)
 
 void SearchOutput::errors(const SearchResult& result)
 {
+    if (!result.loginTrouble.empty()) {
+        print(style_.red("✗ ") + "not logged in at the retailer: " + printable(result.loginTrouble) + "\n");
+    }
     for (const std::string& error : result.errors) {
         print(style_.red("✗ ") + error + "\n");
     }
@@ -55,10 +58,14 @@ void SearchOutput::errors(const SearchResult& result)
 nlohmann::json searchJson(const SearchResult& result)
 {
     nlohmann::json givenUp = nlohmann::json::array();
-    for (const auto& [index, reason] : result.picturesGivenUp) {
-        givenUp.push_back({{"index", index}, {"reason", reason}});
+    for (const auto& [picture, reason] : result.picturesGivenUp) {
+        const char* kind = picture.second == Ui::PictureKind::Badge ? "badge" : "picture";
+        givenUp.push_back({{"index", picture.first}, {"kind", kind}, {"reason", reason}});
     }
-    return {{"card", Ui::toJson(result.card)}, {"picturesGivenUp", givenUp}, {"errors", result.errors}};
+    return {{"card", Ui::toJson(result.card)},
+            {"picturesGivenUp", givenUp},
+            {"errors", result.errors},
+            {"loginTrouble", result.loginTrouble}};
 }
 
 }  // namespace Tool

@@ -16,11 +16,11 @@ class SearchOutput : public SearchListener {
 
     void onAsked() override;
     void onShown(const Ui::CardContent& card) override;
-    void onPicture(std::size_t index, const std::string& path) override;
-    void onPictureGivenUp(std::size_t index, const std::string& reason) override;
+    void onPicture(const PictureName& picture, const std::string& path) override;
+    void onPictureGivenUp(const PictureName& picture, const std::string& reason) override;
     void onPicturesAwaited(std::size_t settled, std::size_t total) override;
 
-    // The service's error lines of a search that found nothing.
+    // Of a search that found nothing: what was wrong with the login, and the service's error lines.
     void errors(const SearchResult& result);
 
     Progress& progress() { return progress_; }

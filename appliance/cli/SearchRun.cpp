@@ -1,18 +1,40 @@
 #include "SearchRun.h"
 
+#include <algorithm>
+#include <optional>
 #include <set>
 
 #include "Exit.h"
 #include "FolderWatch.h"
 #include "LogFollower.h"
 #include "LogLine.h"
+#include "LoginFile.h"
 #include "Names.h"
+#include "RetailerStock.h"
+#include "Session.h"
 
 namespace Tool {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+using Ui::PictureKind;
+using Ui::Source;
+
+const std::string& pathOf(const Ui::Product& product, PictureKind kind)
+{
+    return kind == PictureKind::Badge ? product.badge : product.picture;
+}
+
+// Nothing where that cannot be told: then every service's lines count.
+std::optional<pid_t> processOf(const Root& root, Source source)
+{
+    const std::optional<Session> session = findSession(root);
+    const char* name = source == Source::Retailer ? "carvoy-retailer" : "carvoy-service";
+    const bool isKnown = session && session->processes.count(name) > 0;
+    return isKnown ? std::optional<pid_t>(session->processes.at(name)) : std::nullopt;
+}
 
 class Search {
   public:
@@ -21,13 +43,17 @@ class Search {
     SearchResult run();
 
   private:
+    void show();
     void ask();
     void lookAtCard();
     void noteLine(const std::string& text);
     void report();
-    void reportPicture(std::size_t index);
+    void reportPicture(const PictureName& picture);
     bool isShown() const { return result_.card.state == Ui::CardState::Shown; }
-    bool isComplete() const { return settled_.size() == result_.card.products.size(); }
+    bool isComplete() const { return completeProducts() == result_.card.products.size(); }
+    std::size_t completeProducts() const;
+    bool isSettled(const PictureName& picture) const;
+    bool isAwaited(const PictureName& picture) const;
     void waitFor(const std::function<bool()>& done, const std::string& what);
     std::chrono::milliseconds timeLeft() const;
 
@@ -38,7 +64,9 @@ class Search {
     Clock::time_point end_;
     int sequence_ = 0;
     bool reported_ = false;
-    std::set<std::size_t> settled_;  // positions whose picture came or was given up, once told
+    std::optional<RetailerStock> stock_;  // of the retailer that is searched
+    std::optional<pid_t> service_;
+    std::set<PictureName> settled_;  // came or given up, once told
     SearchResult result_;
     LogFollower log_;
     FolderWatch screen_;
@@ -50,6 +78,7 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
       options_(options),
       listener_(listener),
       end_(Clock::now() + options.limit),
+      service_(processOf(root, options.source)),
       log_(root.platformLog(), endOf(root.platformLog()),
            [this](const std::string& line) { noteLine(line); }),
       screen_(root.screenFolder(), [this](const std::string& name) {
@@ -58,14 +87,20 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
           }
       })
 {
+    if (options.source == Source::Retailer) {
+        stock_.emplace();
+    }
 }
 
 SearchResult Search::run()
 {
-    ask();
-    listener_.onAsked();
-    lookAtCard();
-    waitFor([this] { return isShown(); }, "no product list came in time");
+    if (options_.source == Source::Retailer) {
+        const LoginHold login(loop_, loginFile(), options_.loggedOut, timeLeft());
+        show();
+        result_.loginTrouble = result_.found() ? "" : login.whyLoggedOut().value_or("");
+    } else {
+        show();
+    }
     if (options_.waitForPictures) {
         waitFor([this] { return isComplete(); }, "not every picture came in time");
     }
@@ -73,10 +108,22 @@ SearchResult Search::run()
     return result_;
 }
 
+void Search::show()
+{
+    ask();
+    listener_.onAsked();
+    lookAtCard();
+    waitFor([this] { return isShown(); }, "no product list came in time");
+}
+
 void Search::ask()
 {
     Appliance::Extras extras;
-    extras.texts = {{Appliance::KeyMerchant, options_.merchant}, {Appliance::KeySearchTerm, options_.term}};
+    extras.texts = {{Appliance::KeySource, Ui::nameOf(options_.source)},
+                    {Appliance::KeySearchTerm, options_.term}};
+    if (options_.source == Source::Merchant) {
+        extras.texts[Appliance::KeyMerchant] = options_.merchant;
+    }
     sequence_ = askUi(loop_, Appliance::OperationSearch, extras, timeLeft()).sequence;
 }
 
@@ -96,12 +143,13 @@ void Search::lookAtCard()
 void Search::noteLine(const std::string& text)
 {
     const std::optional<LogLine> line = parseLogLine(text);
-    if (!line || !isServiceError(*line)) {
+    if (!line || !isServiceError(*line) || line->pid != service_.value_or(line->pid)) {
         return;
     }
-    if (const std::optional<std::size_t> index = pictureGivenUp(*line)) {
+    const auto picture = pictureGivenUp(*line);
+    if (picture && picture->source == options_.source) {
         const std::string cause = result_.errors.empty() ? "" : ": " + result_.errors.back();
-        result_.picturesGivenUp[*index] = messageOf(*line) + cause;
+        result_.picturesGivenUp[{picture->index, picture->kind}] = messageOf(*line) + cause;
     }
     result_.errors.push_back(messageOf(*line));
     report();
@@ -118,25 +166,48 @@ void Search::report()
         listener_.onShown(result_.card);
     }
     for (std::size_t i = 0; i < result_.card.products.size(); ++i) {
-        reportPicture(i);
+        reportPicture({i, PictureKind::Product});
+        reportPicture({i, PictureKind::Badge});
     }
     if (!isComplete()) {
-        listener_.onPicturesAwaited(settled_.size(), result_.card.products.size());
+        listener_.onPicturesAwaited(completeProducts(), result_.card.products.size());
     }
 }
 
-void Search::reportPicture(std::size_t index)
+void Search::reportPicture(const PictureName& picture)
 {
-    const std::string& path = result_.card.products[index].picture;
-    const auto givenUp = result_.picturesGivenUp.find(index);
-    const bool isNew = settled_.count(index) == 0;
+    const std::string& path = pathOf(result_.card.products[picture.first], picture.second);
+    const auto givenUp = result_.picturesGivenUp.find(picture);
+    const bool isNew = settled_.count(picture) == 0;
     if (isNew && !path.empty()) {
-        settled_.insert(index);
-        listener_.onPicture(index, path);
+        settled_.insert(picture);
+        listener_.onPicture(picture, path);
     } else if (isNew && givenUp != result_.picturesGivenUp.end()) {
-        settled_.insert(index);
-        listener_.onPictureGivenUp(index, givenUp->second);
+        settled_.insert(picture);
+        listener_.onPictureGivenUp(picture, givenUp->second);
     }
+}
+
+std::size_t Search::completeProducts() const
+{
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < result_.card.products.size(); ++i) {
+        const bool isDone = isSettled({i, PictureKind::Product}) && isSettled({i, PictureKind::Badge});
+        count += isDone ? 1 : 0;
+    }
+    return count;
+}
+
+bool Search::isSettled(const PictureName& picture) const
+{
+    return settled_.count(picture) > 0 || !isAwaited(picture);
+}
+
+// The service tries a picture for each product, and tells where it gives one up.
+bool Search::isAwaited(const PictureName& picture) const
+{
+    const auto [index, kind] = picture;
+    return stock_ ? stock_->has(result_.card.products[index].id, kind) : kind == PictureKind::Product;
 }
 
 void Search::waitFor(const std::function<bool()>& done, const std::string& what)

@@ -13,10 +13,10 @@
 #include "BusNames.h"
 #include "ConversationJson.h"
 #include "Exit.h"
-#include "FileLock.h"
 #include "FolderWatch.h"
 #include "Grammar.h"
 #include "JsonFile.h"
+#include "LockWait.h"
 #include "Names.h"
 #include "ShopJson.h"
 
@@ -84,22 +84,6 @@ void await(EventLoop& loop, const std::function<bool()>& done, std::chrono::mill
     }
 }
 
-// Two sentences at a time could not be told apart by the messages that come.
-FileLock waitForLock(EventLoop& loop, const Root& root, std::chrono::milliseconds limit)
-{
-    std::optional<FileLock> lock;
-    const auto take = [&] {
-        if (!lock) {
-            std::optional<FileLock> taken = FileLock::take(root.sayLockFile());
-            taken ? (void)lock.emplace(std::move(*taken)) : (void)0;
-        }
-        return lock.has_value();
-    };
-    const Ticker again(50ms, [] {});  // nobody tells that a lock is free
-    await(loop, take, limit, "another sentence is under way");
-    return std::move(*lock);
-}
-
 BusNames namesOnBus()
 {
     const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
@@ -130,7 +114,7 @@ class Turn {
     EventLoop& loop_;
     const Root& root_;
     const SayOptions& options_;
-    const FileLock lock_;
+    const FileLock lock_;  // two sentences at a time could not be told apart by the messages that come
     const BusNames names_;
     int partnerBefore_ = 0;
     int assistantBefore_ = 0;
@@ -143,7 +127,7 @@ Turn::Turn(EventLoop& loop, const Root& root, const SayOptions& options)
     : loop_(loop),
       root_(root),
       options_(options),
-      lock_(waitForLock(loop, root, options.limit)),
+      lock_(waitForLock(loop, root.sayLockFile(), options.limit, "another sentence is under way")),
       names_(namesOnBus()),
       screen_(root.screenFolder(), [this](const std::string&) { look(); })
 {

@@ -101,7 +101,8 @@ std::optional<long> positionIn(const std::string& nlu)
 // Where a product was chosen that the card does not have.
 std::string choiceText(const VoiceTurn& turn, const std::optional<Ui::CardContent>& card)
 {
-    if (turn.missing.empty() || !card || card->state != Ui::CardState::Shown) {
+    const bool isOfService = card && card->source == Ui::Source::Merchant;  // nobody chooses at the retailer
+    if (turn.missing.empty() || !isOfService || card->state != Ui::CardState::Shown) {
         return "";
     }
     const auto count = static_cast<long>(card->products.size());
@@ -115,7 +116,7 @@ std::string choiceText(const VoiceTurn& turn, const std::optional<Ui::CardConten
 // Empty where the card does not know it.
 std::string nameOf(const Partner::Product& product, const std::optional<Ui::CardContent>& card)
 {
-    if (!card || card->merchant != product.merchant) {
+    if (!card || card->source != Ui::Source::Merchant || card->merchant != product.merchant) {
         return {};
     }
     for (const Ui::Product& shown : card->products) {

@@ -6,6 +6,7 @@
 namespace Appliance {
 
 inline constexpr char ServiceAppId[] = "org.tizen.carvoy-service";
+inline constexpr char RetailerServiceAppId[] = "org.tizen.carvoy-retailer";
 inline constexpr char UiAppId[] = "org.tizen.carvoy";
 inline constexpr char PartnerAppId[] = CARVOY_PARTNER_APP_ID;
 inline constexpr char AssistantAppId[] = "org.tizen.nuvex-da";
@@ -18,6 +19,8 @@ inline constexpr char OperationSearch[] = "http://carvoy-service/appcontrol/oper
 inline constexpr char OperationShow[] = "http://carvoy-service/appcontrol/operation/show";
 inline constexpr char OperationResult[] = "http://carvoy-service/appcontrol/operation/result";
 inline constexpr char OperationProductImage[] = "http://carvoy-service/appcontrol/operation/product_image";
+inline constexpr char OperationRetailerImage[] =
+    "http://carvoy-service/appcontrol/operation/emart_product_image";
 
 inline constexpr char OperationShowProduct[] = "http://tizen.org/appcontrol/operation/show_detailed_view";
 inline constexpr char OperationAddToCart[] = "http://tizen.org/appcontrol/operation/click_add_cart";
@@ -39,6 +42,15 @@ inline constexpr char KeyPrices[] = "key_product_prices";
 inline constexpr char KeyVariantRefs[] = "key_product_variant_refs";
 inline constexpr char KeyImageNumber[] = "key_product_image_num";
 inline constexpr char KeyImagePath[] = "key_product_image_path";
+
+// What only the retailer's products have.
+inline constexpr char KeyDiscountTypes[] = "key_product_discount_type";
+inline constexpr char KeyDiscountTexts[] = "key_product_discount_txt";
+inline constexpr char KeyIds[] = "key_product_ids";
+inline constexpr char KeyImageType[] = "key_product_image_type";
+
+// Whom search and show ask of the UI app: "merchant", as where it is missing, or "retailer".
+inline constexpr char KeySource[] = "key_source";
 
 // What the UI app puts into its replies to search and show: the place in the card that they speak of.
 inline constexpr char KeyCardSequence[] = "key_card_sequence";

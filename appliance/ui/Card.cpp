@@ -25,11 +25,11 @@ std::string at(const std::vector<std::string>& list, std::size_t index)
     return index < list.size() ? list[index] : std::string();
 }
 
-// Whether only the picture may differ.
+// Whether only the pictures may differ.
 bool isSameProduct(const Product& a, const Product& b)
 {
-    return std::tie(a.name, a.size, a.discount, a.formerPrice, a.price, a.variantRef) ==
-           std::tie(b.name, b.size, b.discount, b.formerPrice, b.price, b.variantRef);
+    return std::tie(a.name, a.size, a.discount, a.formerPrice, a.price, a.variantRef, a.id, a.discountType) ==
+           std::tie(b.name, b.size, b.discount, b.formerPrice, b.price, b.variantRef, b.id, b.discountType);
 }
 
 Product productAt(const ProductLists& lists, std::size_t index)
@@ -40,15 +40,52 @@ Product productAt(const ProductLists& lists, std::size_t index)
             at(lists.formerPrices, index),
             at(lists.prices, index),
             at(lists.variantRefs, index),
+            std::string(),
+            at(lists.ids, index),
+            at(lists.discountTypes, index),
             std::string()};
+}
+
+std::optional<PictureKind> kindFrom(const std::string& type)
+{
+    if (type == "0") {
+        return PictureKind::Product;
+    }
+    return type == "2" ? std::optional<PictureKind>(PictureKind::Badge) : std::nullopt;
 }
 
 }  // namespace
 
+const char* nameOf(Source source)
+{
+    return source == Source::Retailer ? "retailer" : "merchant";
+}
+
+std::optional<Source> sourceNamed(const std::string& name)
+{
+    for (const Source source : {Source::Merchant, Source::Retailer}) {
+        if (name == nameOf(source)) {
+            return source;
+        }
+    }
+    return std::nullopt;
+}
+
 void Card::startSearch(const std::string& merchant, const std::string& term)
+{
+    start(Source::Merchant, merchant, term);
+}
+
+void Card::startRetailerSearch(const std::string& term)
+{
+    start(Source::Retailer, "", term);
+}
+
+void Card::start(Source source, const std::string& merchant, const std::string& term)
 {
     ++content_.sequence;
     content_.state = CardState::Searching;
+    content_.source = source;
     content_.merchant = merchant;
     content_.term = term;
     content_.products.clear();
@@ -60,19 +97,21 @@ std::optional<std::string> Card::showResult(const ProductLists& lists)
     if (!total || *total > ProductsShown) {
         return "the number of products is \"" + lists.total + "\"";
     }
-    const bool sameSearch = lists.merchant == content_.merchant && lists.term == content_.term;
+    const bool sameSearch = std::tie(lists.source, lists.merchant, lists.term) ==
+                            std::tie(content_.source, content_.merchant, content_.term);
     if (content_.state == CardState::Searching && !sameSearch) {
         return "it belongs to another search";
     }
     ++content_.results;
     content_.state = CardState::Shown;
+    content_.source = lists.source;
     content_.merchant = lists.merchant;
     content_.term = lists.term;
     replaceProducts(lists, *total);
     return std::nullopt;
 }
 
-// The service sends each picture once: lists that are sent again leave the pictures of their products.
+// A service sends each picture once: lists that are sent again leave the pictures of their products.
 void Card::replaceProducts(const ProductLists& lists, std::size_t total)
 {
     const std::vector<Product> before = std::move(content_.products);
@@ -81,6 +120,7 @@ void Card::replaceProducts(const ProductLists& lists, std::size_t total)
         Product product = productAt(lists, i);
         if (i < before.size() && isSameProduct(product, before[i])) {
             product.picture = before[i].picture;
+            product.badge = before[i].badge;
         }
         content_.products.push_back(std::move(product));
     }
@@ -88,6 +128,25 @@ void Card::replaceProducts(const ProductLists& lists, std::size_t total)
 
 std::optional<std::string> Card::notePicture(const std::string& number, const std::string& path)
 {
+    return note(Source::Merchant, PictureKind::Product, number, path);
+}
+
+std::optional<std::string> Card::noteRetailerPicture(const std::string& number, const std::string& type,
+                                                     const std::string& path)
+{
+    const std::optional<PictureKind> kind = kindFrom(type);
+    if (!kind) {
+        return "there is no kind of picture \"" + type + "\"";
+    }
+    return note(Source::Retailer, *kind, number, path);
+}
+
+std::optional<std::string> Card::note(Source source, PictureKind kind, const std::string& number,
+                                      const std::string& path)
+{
+    if (source != content_.source) {
+        return "it belongs to another search";
+    }
     const std::optional<std::size_t> index = countFrom(number);
     if (!index || *index >= content_.products.size()) {
         return "there is no product \"" + number + "\"";
@@ -95,7 +154,8 @@ std::optional<std::string> Card::notePicture(const std::string& number, const st
     if (path.empty()) {
         return "it names no file";
     }
-    content_.products[*index].picture = path;
+    Product& product = content_.products[*index];
+    (kind == PictureKind::Badge ? product.badge : product.picture) = path;
     return std::nullopt;
 }
 

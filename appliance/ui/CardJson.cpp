@@ -9,13 +9,16 @@ namespace Ui {
 NLOHMANN_JSON_SERIALIZE_ENUM(CardState, {{CardState::Empty, "empty"},
                                          {CardState::Searching, "searching"},
                                          {CardState::Shown, "shown"}})
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Product, name, size, discount, formerPrice, price, variantRef, picture)
+NLOHMANN_JSON_SERIALIZE_ENUM(Source, {{Source::Merchant, "merchant"}, {Source::Retailer, "retailer"}})
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Product, name, size, discount, formerPrice, price, variantRef, picture, id,
+                                   discountType, badge)
 
 nlohmann::json toJson(const CardContent& content)
 {
-    return {{"sequence", content.sequence}, {"results", content.results},  {"state", content.state},
-            {"merchant", content.merchant}, {"term", content.term},        {"total", content.products.size()},
-            {"products", content.products}, {"messages", content.messages}};
+    return {
+        {"sequence", content.sequence},     {"results", content.results},   {"state", content.state},
+        {"source", content.source},         {"merchant", content.merchant}, {"term", content.term},
+        {"total", content.products.size()}, {"products", content.products}, {"messages", content.messages}};
 }
 
 CardContent cardFromJson(const nlohmann::json& json)
@@ -24,6 +27,7 @@ CardContent cardFromJson(const nlohmann::json& json)
     json.at("sequence").get_to(content.sequence);
     json.at("results").get_to(content.results);
     json.at("state").get_to(content.state);
+    json.at("source").get_to(content.source);
     json.at("merchant").get_to(content.merchant);
     json.at("term").get_to(content.term);
     json.at("products").get_to(content.products);

@@ -11,12 +11,67 @@ namespace {
 
 using namespace Appliance;
 
-ProductLists listsOf(const Extras& extras)
+// What both services send of a result.
+ProductLists commonLists(const Extras& extras)
 {
-    return {extras.text(KeyMerchant),     extras.text(KeySearchTerm), extras.text(KeyTotal),
-            extras.list(KeyNames),        extras.list(KeySizes),      extras.list(KeyDiscounts),
-            extras.list(KeyFormerPrices), extras.list(KeyPrices),     extras.list(KeyVariantRefs)};
+    ProductLists lists;
+    lists.term = extras.text(KeySearchTerm);
+    lists.total = extras.text(KeyTotal);
+    lists.names = extras.list(KeyNames);
+    lists.formerPrices = extras.list(KeyFormerPrices);
+    lists.prices = extras.list(KeyPrices);
+    return lists;
 }
+
+ProductLists merchantLists(const Extras& extras)
+{
+    ProductLists lists = commonLists(extras);
+    lists.merchant = extras.text(KeyMerchant);
+    lists.sizes = extras.list(KeySizes);
+    lists.discounts = extras.list(KeyDiscounts);
+    lists.variantRefs = extras.list(KeyVariantRefs);
+    return lists;
+}
+
+ProductLists retailerLists(const Extras& extras)
+{
+    ProductLists lists = commonLists(extras);
+    lists.source = Source::Retailer;
+    lists.discounts = extras.list(KeyDiscountTexts);
+    lists.discountTypes = extras.list(KeyDiscountTypes);
+    lists.ids = extras.list(KeyIds);
+    return lists;
+}
+
+// Whom a tool's request means; nothing for a name that nobody has.
+std::optional<Source> sourceIn(const Extras& extras)
+{
+    const bool isNamed = extras.texts.count(KeySource) > 0 || extras.lists.count(KeySource) > 0;
+    return isNamed ? sourceNamed(extras.text(KeySource)) : Source::Merchant;
+}
+
+const char* serviceOf(Source source)
+{
+    return source == Source::Retailer ? RetailerServiceAppId : ServiceAppId;
+}
+
+int askForResult(Source source)
+{
+    return send({serviceOf(source), OperationResult, "", {}});
+}
+
+int askForSearch(const CardContent& card)
+{
+    Extras wanted;
+    if (card.source == Source::Merchant) {
+        wanted.texts[KeyMerchant] = card.merchant;
+    }
+    wanted.texts[KeySearchTerm] = card.term;
+    const int code = send({serviceOf(card.source), OperationSearch, "", wanted});
+    return code == APP_CONTROL_ERROR_NONE ? askForResult(card.source) : code;
+}
+
+const char NoSuchSource[] = "ignored: it is neither for a merchant nor for the retailer";
 
 }  // namespace
 
@@ -39,11 +94,18 @@ std::string UiApp::take(app_control_h message, const std::string& operation, con
         return show(message);
     }
     const bool fromService = caller == ServiceAppId;
+    const bool fromRetailer = caller == RetailerServiceAppId;
     if (operation == OperationResult) {
-        return fromService ? takeResult(message) : "ignored: only the service sends product lists";
+        return fromService || fromRetailer
+                   ? takeResult(message, fromRetailer ? Source::Retailer : Source::Merchant)
+                   : "ignored: only the services send product lists";
     }
     if (operation == OperationProductImage) {
         return fromService ? takePicture(message) : "ignored: only the service sends pictures";
+    }
+    if (operation == OperationRetailerImage) {
+        return fromRetailer ? takeRetailerPicture(message)
+                            : "ignored: only the retailer's service sends its pictures";
     }
     return "ignored: unknown operation";
 }
@@ -51,31 +113,49 @@ std::string UiApp::take(app_control_h message, const std::string& operation, con
 std::string UiApp::search(app_control_h message)
 {
     const Extras extras = extrasOf(message);
-    confirmation_.drop();
-    card_.startSearch(extras.text(KeyMerchant), extras.text(KeySearchTerm));
-    save();  // before the tool hears of this card, so that it finds it
-
-    Extras wanted;
-    wanted.texts[KeyMerchant] = card_.content().merchant;
-    wanted.texts[KeySearchTerm] = card_.content().term;
-    int code = send({ServiceAppId, OperationSearch, "", wanted});
-    if (code == APP_CONTROL_ERROR_NONE) {
-        code = askForResult();
+    const std::optional<Source> source = sourceIn(extras);
+    if (!source) {
+        answerTool(message, APP_CONTROL_RESULT_FAILED);
+        return NoSuchSource;
     }
-    answerTool(message, code);
-    return code == APP_CONTROL_ERROR_NONE ? Taken : "failed: " + std::string(reasonOf(code));
+    confirmation_.drop();
+    startSearch(*source, extras);
+    save();  // before the tool hears of this card, so that it finds it
+    return answerSent(message, askForSearch(card_.content()));
+}
+
+void UiApp::startSearch(Source source, const Extras& extras)
+{
+    if (source == Source::Retailer) {
+        card_.startRetailerSearch(extras.text(KeySearchTerm));
+    } else {
+        card_.startSearch(extras.text(KeyMerchant), extras.text(KeySearchTerm));
+    }
 }
 
 std::string UiApp::show(app_control_h message)
 {
-    const int code = askForResult();
-    answerTool(message, code);
-    return code == APP_CONTROL_ERROR_NONE ? Taken : "failed: " + std::string(reasonOf(code));
+    const std::optional<Source> source = sourceIn(extrasOf(message));
+    if (!source) {
+        answerTool(message, APP_CONTROL_RESULT_FAILED);
+        return NoSuchSource;
+    }
+    return answerSent(message, askForResult(*source));
 }
 
-std::string UiApp::takeResult(app_control_h message)
+// What came of sending, told to the tool and to whoever notes the outcome.
+std::string UiApp::answerSent(app_control_h message, int sendCode) const
 {
-    const auto whyIgnored = card_.showResult(listsOf(extrasOf(message)));
+    const bool sent = sendCode == APP_CONTROL_ERROR_NONE;
+    answerTool(message, sent ? APP_CONTROL_RESULT_SUCCEEDED : APP_CONTROL_RESULT_FAILED);
+    return sent ? Taken : "failed: " + std::string(reasonOf(sendCode));
+}
+
+std::string UiApp::takeResult(app_control_h message, Source source)
+{
+    const Extras extras = extrasOf(message);
+    const auto whyIgnored =
+        card_.showResult(source == Source::Retailer ? retailerLists(extras) : merchantLists(extras));
     if (!whyIgnored) {
         save();
         confirmation_.answer(message);
@@ -89,13 +169,16 @@ std::string UiApp::takePicture(app_control_h message)
     return outcomeOf(card_.notePicture(extras.text(KeyImageNumber), extras.text(KeyImagePath)).value_or(""));
 }
 
-int UiApp::askForResult() const
+std::string UiApp::takeRetailerPicture(app_control_h message)
 {
-    return send({ServiceAppId, OperationResult, "", {}});
+    const Extras extras = extrasOf(message);
+    const auto whyIgnored = card_.noteRetailerPicture(extras.text(KeyImageNumber), extras.text(KeyImageType),
+                                                      extras.text(KeyImagePath));
+    return outcomeOf(whyIgnored.value_or(""));
 }
 
 // A tool that wants a reply learns which card its request made, to find it among later ones.
-void UiApp::answerTool(app_control_h message, int sendCode) const
+void UiApp::answerTool(app_control_h message, app_control_result_e result) const
 {
     bool wanted = false;
     app_control_is_reply_requested(message, &wanted);
@@ -105,8 +188,7 @@ void UiApp::answerTool(app_control_h message, int sendCode) const
     Extras extras;
     extras.texts[KeyCardSequence] = std::to_string(card_.content().sequence);
     extras.texts[KeyCardResults] = std::to_string(card_.content().results);
-    const bool sent = sendCode == APP_CONTROL_ERROR_NONE;
-    reply(message, sent ? APP_CONTROL_RESULT_SUCCEEDED : APP_CONTROL_RESULT_FAILED, extras);
+    reply(message, result, extras);
 }
 
 }  // namespace Ui

@@ -1,4 +1,4 @@
-// The UI app: turns the messages of a person's tool and of the service into the card.
+// The UI app: turns the messages of a person's tool and of the services into the card.
 #pragma once
 
 #include <app_control.h>
@@ -7,6 +7,7 @@
 
 #include "Card.h"
 #include "Confirmation.h"
+#include "Message.h"
 #include "ScreenApp.h"
 
 namespace Ui {
@@ -24,11 +25,13 @@ class UiApp : public Appliance::ScreenApp {
 
     std::string search(app_control_h message);
     std::string show(app_control_h message);
-    std::string takeResult(app_control_h message);
+    std::string takeResult(app_control_h message, Source source);
     std::string takePicture(app_control_h message);
+    std::string takeRetailerPicture(app_control_h message);
 
-    int askForResult() const;
-    void answerTool(app_control_h message, int sendCode) const;
+    void startSearch(Source source, const Appliance::Extras& extras);
+    std::string answerSent(app_control_h message, int sendCode) const;
+    void answerTool(app_control_h message, app_control_result_e result) const;
 
     Card card_;
     Confirmation confirmation_;

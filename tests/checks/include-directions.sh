@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Who may include whom: service -> common -> platform headers <- platform sources; appliance -> platform headers.
+# One program of the appliance's is a service itself: it drives the controller that the service has no route to.
 set -euo pipefail
 cd "$1"
 
@@ -21,11 +22,14 @@ forbid()
         sed -E 's/^([^:]+):[0-9]+: *#include ["<](.*)$/\1:\2/')
 }
 
+from_carvoy_retailer='^appliance/carvoy-retailer/[^ ]+ must not include '
+its_headers='(SearchEmartControl\.h, which lies in service|(AppControl|Log|Singleton)\.h, which lies in common)$'
+
 found=$(
     forbid platform service common appliance
     forbid common service appliance platform/src
     forbid service appliance platform/src
-    forbid appliance service common platform/src
+    forbid appliance service common platform/src | grep -vE "$from_carvoy_retailer$its_headers" || true
     grep -rnE '#include .*(sdbus|systemd|dbus)' service common || true
     grep -rnE '#if(def)?.*(TIZEN|HOST|DESKTOP)' service common || true
 )

@@ -12,6 +12,7 @@ const char Footer[] = R"(Examples:
   appliance run                       a search for milk and a spoken choice, with all that takes
   appliance up                        start everything and keep it running, then elsewhere:
   appliance search --merchant greengrocer apple
+  appliance search --retailer 우유
   appliance say "show me the second one"
   appliance log -f
 

@@ -131,9 +131,13 @@ struct Findings {
     bool areFine() const { return search.found() && (!turn || turn->isFine()); }
 };
 
-// The second product where there is one; nothing where there is no product to choose.
+// The second product where there is one; nothing where there is no product to choose. Voice chooses among
+// what the service found, never at the retailer.
 std::string sentenceFor(const RunArguments& arguments, const SearchResult& result)
 {
+    if (arguments.search.atRetailer) {
+        return "";
+    }
     if (arguments.withoutSaying || !arguments.sentence.empty()) {
         return arguments.withoutSaying ? "" : arguments.sentence;
     }
@@ -162,7 +166,7 @@ void printText(const std::string& text, const RunArguments& arguments)
 void search(EventLoop& loop, const Root& root, const RunArguments& arguments, SearchOutput& output,
             Findings& findings)
 {
-    findings.search = runSearch(loop, root, arguments.search.options("milk"), output);
+    findings.search = runSearch(loop, root, arguments.search.options(), output);
     if (!findings.search.found() && !arguments.search.json) {
         output.errors(findings.search);
     }
@@ -231,16 +235,19 @@ void addRunCommand(CLI::App& app, Action& chosen)
     CLI::App* command =
         app.add_subcommand("run", "Start everything, search, choose a product by voice, end everything");
     addSearchArguments(*command, arguments->search)->default_str("milk");
-    command
-        ->add_option("--say", arguments->sentence,
-                     "What is said in the end (else: show me the second one, or the only one)")
-        ->type_name("SENTENCE")
-        ->check(notEmpty());
+    CLI::Option* say =
+        command
+            ->add_option("--say", arguments->sentence,
+                         "What is said in the end (else: show me the second one, or the only one)")
+            ->type_name("SENTENCE")
+            ->check(notEmpty());
+    say->excludes("--retailer");
     command->add_flag("--no-say", arguments->withoutSaying, "Say nothing in the end")->excludes("--say");
     command->footer(
         "Examples:\n"
         "  appliance run\n"
         "  appliance run --merchant greengrocer apple\n"
+        "  appliance run --retailer 우유\n"
         "  appliance run --say \"show me number 3\" bread\n"
         "  appliance run \"milk ~slow-images ~image-404=2\"\n");
     command->callback([arguments, &chosen] { chosen = [arguments] { return run(*arguments); }; });

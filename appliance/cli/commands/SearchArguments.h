@@ -13,13 +13,15 @@ namespace Tool {
 
 struct SearchArguments {
     std::string merchant = "freshmart";
+    bool atRetailer = false;
+    bool loggedOut = false;
     std::vector<std::string> term;
     std::chrono::milliseconds limit{75'000};
     bool withoutPictures = false;
     bool json = false;
 
-    // `fallback` is the term where none was given.
-    SearchOptions options(const std::string& fallback) const;
+    // The term where none was given is `milk`, or what that is at the retailer.
+    SearchOptions options() const;
 };
 
 // Returns the term's option.

@@ -16,7 +16,7 @@ Exit search(const std::string& rootOption, const SearchArguments& arguments)
     const Session session = enterSession(rootOption);
     EventLoop loop;
     SearchOutput output(arguments.json);
-    const SearchResult result = runSearch(loop, session.root, arguments.options(""), output);
+    const SearchResult result = runSearch(loop, session.root, arguments.options(), output);
     if (arguments.json) {
         std::printf("%s\n", Appliance::indentedJson(searchJson(result)).c_str());
     } else if (!result.found()) {
@@ -37,7 +37,8 @@ void addSearchCommand(CLI::App& app, Action& chosen)
     command->footer(
         "Examples:\n"
         "  appliance search milk\n"
-        "  appliance search --merchant greengrocer \"apple ~delay=3s\"\n");
+        "  appliance search --merchant greengrocer \"apple ~delay=3s\"\n"
+        "  appliance search --retailer 우유\n");
     command->callback(
         [root, arguments, &chosen] { chosen = [root, arguments] { return search(*root, *arguments); }; });
 }

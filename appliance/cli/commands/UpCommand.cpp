@@ -38,7 +38,8 @@ void printReady(const std::string& name, const std::string& detail)
 void printHowToGoOn(const Root& root, bool untilStdinCloses)
 {
     printLine("\nThe appliance is up in " + root.path.string() + "\n");
-    printLine("  appliance search milk      a search, as a person would start it");
+    printLine(
+        "  appliance search milk      a search, as a person would start it; --retailer 우유 at the retailer");
     printLine("  appliance say ...          a spoken choice; say --help lists the sentences");
     printLine("  appliance log -f           what the service says meanwhile");
     printLine("  eval \"$(appliance env)\"    this shell becomes part of it\n");

@@ -1,0 +1,42 @@
+// The file in which the retailer's service reads whether the user is logged in. Its path is fixed when the
+// service is built: all appliances of a build share it.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "EventLoop.h"
+#include "FileLock.h"
+
+namespace Tool {
+
+// Of this build.
+std::filesystem::path loginFile();
+
+// Logs in where there is no file yet; what somebody wrote there stays. Puts back what a killed hold has left.
+// Any number of processes at a time. Throws std::system_error when the file cannot be written.
+void ensureLogin(const std::filesystem::path& file);
+
+// The login file for one search. While it lives no other holds the file, so that one that is logged out does
+// not log out another. Main thread only.
+class LoginHold {
+  public:
+    // Waits for the one before, and goes on as ensureLogin(). Throws Failure: Failed, also where the file
+    // cannot be written; Interrupted.
+    LoginHold(EventLoop& loop, std::filesystem::path file, bool loggedOut, std::chrono::milliseconds limit);
+    // Puts back what was there.
+    ~LoginHold();
+    LoginHold(const LoginHold&) = delete;
+    LoginHold& operator=(const LoginHold&) = delete;
+
+    // Why the service takes the user for logged out, or nothing.
+    std::optional<std::string> whyLoggedOut() const;
+
+  private:
+    std::filesystem::path file_;
+    FileLock lock_;
+};
+
+}  // namespace Tool
