@@ -306,7 +306,7 @@ INSTANTIATE_TEST_SUITE_P(
         badAnswer("NoneFound", R"({"data": {"itemCount": "0", "itemList": []}})", "empty json array"),
         badAnswer("Nested", R"({"data": )" + std::string(100'000, '['),
                   "json_parser_load_from_data() failed")),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& one) { return std::string(one.param.name); });
 
 }  // namespace
 

@@ -46,10 +46,10 @@ void RetailerWorld::SetUp()
 
 void RetailerWorld::startRetailer()
 {
-    const std::string port = ":80:127.0.0.1:" + std::to_string(retailerPort.number());
-    service = runService(
-        {{"APPLIANCE_CONNECT_TO", CARVOY_RETAILER_API_HOST + port + "," CARVOY_RETAILER_ICON_HOST + port}},
-        CARVOY_RETAILER);
+    const std::string leadHere = ":80:127.0.0.1:" + std::to_string(retailerPort.number());
+    service = runService({{"APPLIANCE_CONNECT_TO",
+                           CARVOY_RETAILER_API_HOST + leadHere + "," CARVOY_RETAILER_ICON_HOST + leadHere}},
+                         CARVOY_RETAILER);
     ASSERT_TRUE(TestSupport::waitForName(RetailerId)) << service->errors();
     resultMessage();
     atRest_ = threads();
