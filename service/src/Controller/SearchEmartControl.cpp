@@ -152,6 +152,8 @@ JsonObject* SearchEmartControl::getRequestParamObjang()
 
 std::pair<char*, gsize> SearchEmartControl::getRequestBodyJson(_requestCommand, JsonObject* params)
 {
+    // localtime_r() alone would stay in the time zone that the process has begun in.
+    tzset();
     const time_t now = time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
