@@ -41,6 +41,8 @@ TEST(RetailerTextsTest, ATimestampHasFourteenDigitsWithTheYearFirst)
     EXPECT_EQ(timestamp(timeOf(2016, 12, 31, 23, 59, 60)), "20161231235960");
     EXPECT_EQ(timestamp(timeOf(1000, 1, 1, 0, 0, 0)), "10000101000000");
     EXPECT_EQ(timestamp(timeOf(9999, 12, 31, 23, 59, 59)), "99991231235959");
+    EXPECT_EQ(timestamp(timeOf(999, 1, 1, 0, 0, 0)), " 9990101000000");
+    EXPECT_EQ(timestamp(timeOf(12345, 12, 31, 23, 59, 59)), "12341231235959");
 }
 
 TEST(RetailerTextsTest, APriceHasACommaBehindEachGroupOfThreeFromTheRight)
@@ -78,8 +80,8 @@ TEST(RetailerTextsTest, WhatIsNoDigitIsGroupedLikeOne)
 TEST(RetailerTextsTest, TheCharactersOfAPriceAreNeverTornApart)
 {
     const std::vector<std::pair<const char*, const char*>> cases = {
-        {"품절", "품절원"},           {"가격문의", "가,격문의원"}, {"매장가격문의", "매장가,격문의원"},
-        {"약 12900", "약, 12,900원"}, {"😀😀😀😀", "😀,😀😀😀원"},         {"é1000", "é1,000원"}};
+        {"품절", "품,절원"},          {"가격문의", "가,격,문,의원"}, {"12개", "12,개원"},
+        {"약 12900", "약, 12,900원"}, {"😀😀😀😀", "😀,😀😀😀원"},           {"é1000", "é1,000원"}};
     for (const auto& [digits, text] : cases) {
         EXPECT_EQ(price(digits), text);
         EXPECT_TRUE(g_utf8_validate(price(digits).c_str(), -1, nullptr)) << digits;

@@ -104,7 +104,7 @@ TEST_F(SearchEmartControlFlowTest, TheEndOfTheControllerRemovesThePictures)
 TEST_F(SearchEmartControlFlowTest, AnAnswerWithProductsIsASuccess)
 {
     answerWith({"{}", "{}", "{}"});
-    expectOutcome(FOUND, {1, 1, 3, {}, {}}, {"itemsOf: itemCount: 3"});
+    expectOutcome(FOUND, {1, 1, 3, {}, {}}, {"findItems: itemCount: 3"});
     EXPECT_EQ(search_->httpCode, 200);
     EXPECT_EQ(search_->productCount, 3);
 }
@@ -132,7 +132,7 @@ TEST_F(SearchEmartControlFlowTest, OfTenProductsTheFirstSixAreKeptInEveryList)
     for (int i = 0; i < 10; ++i)
         items.push_back("{\"itemNm\": \"" + std::to_string(i) + "\"}");
     answerWith(items);
-    expectOutcome(FOUND, {1, 1, 6, {}, {}}, {"itemsOf: itemCount: 10"});
+    expectOutcome(FOUND, {1, 1, 6, {}, {}}, {"findItems: itemCount: 10"});
     EXPECT_EQ(search_->productCount, 6);
     EXPECT_EQ(search_->productNames, (Texts{"0", "1", "2", "3", "4", "5"}));
     for (const Texts& list : search_->allLists())
@@ -378,7 +378,7 @@ TEST_F(SearchEmartControlFlowTest, AnAnswerOfManyMegabytesIsRead)
 {
     const std::string item = "{\"itemNm\": \"Milk\", \"text\": \"" + std::string(1000, 'x') + "\"}";
     answerWith(Texts(10'000, item));
-    expectOutcome(FOUND, {1, 1, 6, {}, {}}, {"itemsOf: itemCount: 10000"});
+    expectOutcome(FOUND, {1, 1, 6, {}, {}}, {"findItems: itemCount: 10000"});
     EXPECT_EQ(search_->productNames, Texts(6, "Milk"));
 }
 

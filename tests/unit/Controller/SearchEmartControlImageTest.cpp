@@ -207,7 +207,7 @@ TEST_F(SearchEmartControlImageTest, APictureOfNoKnownTypeIsLoggedAndNotFetched)
     Calls::reset();
     for (int type : {1, 3, -1})
         search_->startDownloadImages(downloader(), 0, static_cast<DownloadImageType>(type));
-    EXPECT_EQ(logged(), Texts(3, "findImage: Not define DownloadImageType"));
+    EXPECT_EQ(logged(), Texts(3, "startDownloadImages: Not define DownloadImageType"));
     EXPECT_EQ(loggedErrors().size(), 3u);
     EXPECT_EQ(Calls::count("initDownload"), 0u);
     EXPECT_EQ(fetched(), Texts());

@@ -90,7 +90,10 @@ class SearchEmartControlRequestTest : public SearchEmartControlFixture {
     static std::string queryOf(const std::string& body)
     {
         JsonParserPtr parser;
-        JsonObject* params = JsonReader::objectMember(JsonReader::loadObject(parser, body), "params");
+        JsonObject* request = nullptr;
+        const char* fault = JsonReader::loadObject(parser, body, request);
+        EXPECT_EQ(fault, nullptr) << fault;
+        JsonObject* params = request ? JsonReader::objectMember(request, "params") : nullptr;
         const char* query = params ? JsonReader::stringMember(params, "query") : nullptr;
         EXPECT_NE(query, nullptr) << body.substr(0, 300);
         return query ? query : "";
