@@ -1,5 +1,6 @@
 // The thread of an earlier search goes on with the products of the current one, beside that one's own.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "Items.h"
+#include "LockStep.h"
 #include "Patience.h"
 #include "SearchEmartControlFixture.h"
 
@@ -202,6 +204,37 @@ TEST_F(SearchEmartControlSharedTest, WithoutProductsTheOlderThreadStops)
     EXPECT_EQ(fetched(), Texts{OLD});
     EXPECT_EQ(sentImages().size(), 0u);
     EXPECT_EQ(loggedErrors(), Texts{"parseResult: empty json array"});
+}
+
+// The older thread has made the picture its own, and the file that it is about to open is the newer one's by
+// then.
+TEST_F(SearchEmartControlSharedTest, AnOlderThreadDoesNotOpenTheFileOfTheNewerPicture)
+{
+    Calls::before("initDownload", [this] {
+        // From here on the thread locks to make the picture its own, and then to open the file.
+        thread_local std::unique_ptr<LockStep> beforeFile;
+        if (oldReached_->isOpen())
+            return;
+        oldThread_ = gettid();
+        beforeFile = std::make_unique<LockStep>(2, [this] {
+            oldReached_->open();
+            oldRelease_->wait();
+        });
+    });
+    answerWith({Items::pictured("old", addPicture(OLD, "old picture"))});
+    search("old");
+    ASSERT_TRUE(oldReached_->wait());
+
+    answerWith({Items::pictured("new", addPicture("/new0.png", "new picture"))});
+    search("new");
+    confirm();
+    ASSERT_TRUE(waitForImages(1));
+    oldRelease_->open();
+    ASSERT_NO_FATAL_FAILURE(waitForOldThread());
+    EXPECT_EQ(readFile(imageFile("10.png")), "new picture");
+    EXPECT_EQ(fetched(), Texts{"/new0.png"});
+    EXPECT_EQ(sentImages().size(), 1u);
+    EXPECT_EQ(loggedErrors(), Texts());
 }
 
 // It may be let go while the newer search asks the retailer, and has no products yet.
