@@ -1,0 +1,148 @@
+// The download service: what is known of each download, and the thread that does the work.
+#pragma once
+
+#include <curl/curl.h>
+#include <download.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "DownloadTransfer.h"
+
+namespace HostPlatform {
+
+template <typename Function>
+struct DownloadCallback {
+    Function function = nullptr;  // null: nobody listens
+    void* userData = nullptr;
+};
+
+/** What an app sees of a download. */
+struct Download {
+    explicit Download(int number) : id(number) {}
+
+    const int id;
+    DownloadOrder order;
+    download_network_type_e networkType = DOWNLOAD_NETWORK_ALL;
+    DownloadCallback<download_state_changed_cb> stateChanged;
+    DownloadCallback<download_progress_cb> progress;
+    download_state_e state = DOWNLOAD_STATE_READY;
+    download_error_e error = DOWNLOAD_ERROR_NONE;
+    int httpStatus = 0;
+    std::size_t received = 0;
+    std::size_t contentSize = 0;
+    std::string path;           // in COMPLETED
+    std::uint64_t attempt = 0;  // counts the starts from scratch
+    bool isDestroyed = false;
+};
+
+/**
+ * Downloads by their ids. Apps change what is wanted of a download; the worker thread makes it so, and calls
+ * back.
+ *
+ * One mutex guards every Download and the queue of events. It is held for single steps only: never while
+ * libcurl or the disk is at work, and never during a callback. Transfers are the worker's alone.
+ *
+ * The worker starts with the first download. When the process's static objects are destroyed it ends: a
+ * callback that is running returns first, unfinished files are removed, and from then on nothing can be
+ * started. The object itself stays, so that static objects may use it to the last.
+ */
+class DownloadService {
+  public:
+    using Reader = std::function<int(const Download&)>;
+    using Change = std::function<int(Download&)>;
+
+    static DownloadService& instance();
+
+    /* Any thread. All return a download_error_e and throw std::bad_alloc. */
+
+    int create(int& id);
+    int destroy(int id);
+
+    int read(int id, const Reader& reader);
+
+    /** Runs @p change on a download that is not on its way. */
+    int configure(int id, const Change& change);
+
+    /** As configure(); what was called before is not running any more when this returns. */
+    int setCallback(int id, const Change& change);
+
+    /** The same in every state. */
+    int unsetCallback(int id, const Change& change);
+
+    int start(int id);
+    int pause(int id);
+    int cancel(int id);
+
+  private:
+    using Record = std::shared_ptr<Download>;
+    using Call = std::function<void()>;
+    using Lock = std::unique_lock<std::mutex>;
+
+    struct Event {
+        Record download;
+        download_state_e state;  // NONE: progress
+        std::size_t received;
+    };
+
+    /** A transfer, and the attempt that it is made for. */
+    struct Job {
+        Record download;
+        std::uint64_t attempt;
+        std::unique_ptr<DownloadTransfer> transfer;
+    };
+
+    enum class Wanted { Going, Waiting, Nothing };
+
+    DownloadService();
+    ~DownloadService() = delete;
+
+    Record find(int id) const;
+    void awaitRunningCallback(Lock& lock, const Record& download);
+    int startWorker();
+    void wake();
+    void stop();
+
+    void change(const Record& download, download_state_e state);
+    void tellProgress(const Record& download, std::size_t received);
+
+    /* The worker's thread. */
+    void run();
+    void takeOrders();
+    void followOrders();
+    void dropUnwanted();
+    void go(Job& job);
+    void work();
+    void publish(const Job& job);
+    void publishLocked(const Job& job);
+    void conclude(Job& job, download_error_e error);
+    void deliver();
+    static Call callOf(const Event& event);
+    Wanted wanted(const Job& job);
+    Wanted wantedLocked(const Job& job) const;
+
+    std::mutex mutex_;
+    std::map<int, Record> downloads_;
+    std::deque<Event> events_;
+    int lastId_ = 0;
+    bool isEnding_ = false;
+    CURLM* multi_;  // null: there is no memory, or the process is about to end
+    std::thread thread_;
+    std::thread::id worker_;
+
+    const Download* calling_ = nullptr;  // whose callback is running
+    std::uint64_t callsEnded_ = 0;
+    std::condition_variable callEnded_;
+
+    std::vector<Job> jobs_;  // the worker's
+};
+
+}  // namespace HostPlatform
