@@ -85,9 +85,10 @@ bool DownloadTransfer::setUp()
     return set(CURLOPT_URL, order_.url.c_str()) && set(CURLOPT_PRIVATE, this) &&
            set(CURLOPT_WRITEFUNCTION, onBytes) && set(CURLOPT_WRITEDATA, this) &&
            set(CURLOPT_PROTOCOLS_STR, Protocols) && set(CURLOPT_REDIR_PROTOCOLS_STR, Protocols) &&
-           set(CURLOPT_NOSIGNAL, 1L) && set(CURLOPT_FAILONERROR, 1L) && set(CURLOPT_FOLLOWLOCATION, 1L) &&
-           set(CURLOPT_MAXREDIRS, MostRedirects) && set(CURLOPT_CONNECTTIMEOUT, ConnectSeconds) &&
-           set(CURLOPT_LOW_SPEED_LIMIT, 1L) && set(CURLOPT_LOW_SPEED_TIME, StallSeconds);
+           set(CURLOPT_FORBID_REUSE, 1L) && set(CURLOPT_NOSIGNAL, 1L) && set(CURLOPT_FAILONERROR, 1L) &&
+           set(CURLOPT_FOLLOWLOCATION, 1L) && set(CURLOPT_MAXREDIRS, MostRedirects) &&
+           set(CURLOPT_CONNECTTIMEOUT, ConnectSeconds) && set(CURLOPT_LOW_SPEED_LIMIT, 1L) &&
+           set(CURLOPT_LOW_SPEED_TIME, StallSeconds);
 }
 
 bool DownloadTransfer::askForTheRest()
