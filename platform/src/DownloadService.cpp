@@ -238,7 +238,8 @@ void DownloadService::run()
                 break;
         }
         takeOrders();
-        followOrders();
+        stopJobs();  // before a new attempt asks for the name of an old one
+        startJobs();
         work();
         deliver();
         curl_multi_poll(multi_, nullptr, 0, PollMilliseconds, nullptr);
@@ -263,23 +264,24 @@ void DownloadService::takeOrders()
     }
 }
 
-void DownloadService::followOrders()
+void DownloadService::startJobs()
 {
-    dropUnwanted();
     for (Job& job : jobs_) {
-        const Wanted now = wanted(job);
-        if (now == Wanted::Waiting)
-            job.transfer->halt();
-        else if (now == Wanted::Going && !job.transfer->isGoing())
+        if (!job.transfer->isGoing() && wanted(job) == Wanted::Going)
             go(job);
     }
 }
 
-// Before the state is told, so that whoever hears of it finds nothing of the file.
-void DownloadService::dropUnwanted()
+// Before a state is told, too: whoever hears of the end finds nothing of the file, and after a pause nothing
+// more comes.
+void DownloadService::stopJobs()
 {
     const auto isUnwanted = [this](const Job& job) { return wanted(job) == Wanted::Nothing; };
     jobs_.erase(std::remove_if(jobs_.begin(), jobs_.end(), isUnwanted), jobs_.end());
+    for (const Job& job : jobs_) {
+        if (wanted(job) == Wanted::Waiting)
+            job.transfer->halt();
+    }
 }
 
 void DownloadService::go(Job& job)
@@ -358,7 +360,7 @@ void DownloadService::deliver()
             continue;
         calling_ = event.download.get();
         lock.unlock();
-        dropUnwanted();
+        stopJobs();
         call();
         lock.lock();
         calling_ = nullptr;

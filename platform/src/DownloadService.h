@@ -116,9 +116,9 @@ class DownloadService {
 
     /* The worker's thread. */
     void run();
+    void stopJobs();
     void takeOrders();
-    void followOrders();
-    void dropUnwanted();
+    void startJobs();
     void go(Job& job);
     void work();
     void publish(const Job& job);

@@ -199,11 +199,10 @@ class Downloads : public testing::Test {
         server.redirect("/moved.png", "/milk.png");
         server.redirect("/round.png", "/round.png");
         server.redirect("/elsewhere.png", "ftp://localhost/milk.png");
-        server.Get("/silent.png",
-                   [this, answer](const httplib::Request& request, httplib::Response& response) {
-                       released.wait();
-                       answer(request, response);
-                   });
+        server.Get("/silent.png", [this](const httplib::Request& request, httplib::Response& response) {
+            released.wait();
+            answerPicture(request, response);
+        });
         halves("/halves.png", true);
         halves("/unmeasured.png", false);
     }
