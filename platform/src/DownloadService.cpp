@@ -168,10 +168,8 @@ DownloadService::Record DownloadService::find(int id) const
 // A callback may well unset itself; it cannot wait for its own end.
 void DownloadService::awaitRunningCallback(Lock& lock, const Record& download)
 {
-    if (std::this_thread::get_id() == worker_ || calling_ != download.get())
-        return;
-    const std::uint64_t ended = callsEnded_;
-    callEnded_.wait(lock, [&] { return callsEnded_ != ended; });
+    if (std::this_thread::get_id() != worker_)
+        events_.awaitRunning(lock, *download);
 }
 
 int DownloadService::startWorker()
@@ -218,15 +216,9 @@ void DownloadService::stop()
 // The event comes first: there may be no memory for it.
 void DownloadService::change(const Record& download, download_state_e state)
 {
-    events_.push_back({download, state, 0});
+    events_.addState(download, state);
     download->state = state;
     wake();
-}
-
-void DownloadService::tellProgress(const Record& download, std::size_t received)
-{
-    events_.push_back({download, DOWNLOAD_STATE_NONE, received});
-    download->received = received;
 }
 
 void DownloadService::run()
@@ -328,7 +320,8 @@ void DownloadService::publishLocked(const Job& job)
     if (isNew)
         change(job.download, DOWNLOAD_STATE_DOWNLOADING);
     if (isNew || transfer.received() != download.received)
-        tellProgress(job.download, transfer.received());
+        events_.addProgress(job.download, transfer.received());
+    download.received = transfer.received();
 }
 
 // A transfer that ended while it was to wait tells so when it is to go on.
@@ -352,38 +345,9 @@ void DownloadService::conclude(Job& job, download_error_e error)
 void DownloadService::deliver()
 {
     Lock lock(mutex_);
-    while (!events_.empty() && !isEnding_) {
-        const Event event = std::move(events_.front());
-        events_.pop_front();
-        const Call call = callOf(event);
-        if (!call)
-            continue;
-        calling_ = event.download.get();
-        lock.unlock();
-        stopJobs();
-        call();
-        lock.lock();
-        calling_ = nullptr;
-        ++callsEnded_;
-        callEnded_.notify_all();
+    const auto before = [this] { stopJobs(); };
+    while (!isEnding_ && events_.tellNext(lock, before)) {
     }
-}
-
-DownloadService::Call DownloadService::callOf(const Event& event)
-{
-    const Download& download = *event.download;
-    if (event.state == DOWNLOAD_STATE_NONE) {
-        if (!download.progress.function)
-            return nullptr;
-        return [listener = download.progress, id = download.id, received = event.received] {
-            listener.function(id, received, listener.userData);
-        };
-    }
-    if (!download.stateChanged.function)
-        return nullptr;
-    return [listener = download.stateChanged, id = download.id, state = event.state] {
-        listener.function(id, state, listener.userData);
-    };
 }
 
 DownloadService::Wanted DownloadService::wanted(const Job& job)

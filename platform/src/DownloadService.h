@@ -4,45 +4,19 @@
 #include <curl/curl.h>
 #include <download.h>
 
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <vector>
 
+#include "Download.h"
+#include "DownloadEvents.h"
 #include "DownloadTransfer.h"
 
 namespace HostPlatform {
-
-template <typename Function>
-struct DownloadCallback {
-    Function function = nullptr;  // null: nobody listens
-    void* userData = nullptr;
-};
-
-/** What an app sees of a download. */
-struct Download {
-    explicit Download(int number) : id(number) {}
-
-    const int id;
-    DownloadOrder order;
-    download_network_type_e networkType = DOWNLOAD_NETWORK_ALL;
-    DownloadCallback<download_state_changed_cb> stateChanged;
-    DownloadCallback<download_progress_cb> progress;
-    download_state_e state = DOWNLOAD_STATE_READY;
-    download_error_e error = DOWNLOAD_ERROR_NONE;
-    int httpStatus = 0;
-    std::size_t received = 0;
-    std::size_t contentSize = 0;
-    std::string path;           // in COMPLETED
-    std::uint64_t attempt = 0;  // counts the starts from scratch
-    bool isDestroyed = false;
-};
 
 /**
  * Downloads by their ids. Apps change what is wanted of a download; the worker thread makes it so, and calls
@@ -83,15 +57,8 @@ class DownloadService {
     int cancel(int id);
 
   private:
-    using Record = std::shared_ptr<Download>;
-    using Call = std::function<void()>;
-    using Lock = std::unique_lock<std::mutex>;
-
-    struct Event {
-        Record download;
-        download_state_e state;  // NONE: progress
-        std::size_t received;
-    };
+    using Record = DownloadEvents::Record;
+    using Lock = DownloadEvents::Lock;
 
     /** A transfer, and the attempt that it is made for. */
     struct Job {
@@ -112,7 +79,6 @@ class DownloadService {
     void stop();
 
     void change(const Record& download, download_state_e state);
-    void tellProgress(const Record& download, std::size_t received);
 
     /* The worker's thread. */
     void run();
@@ -125,22 +91,17 @@ class DownloadService {
     void publishLocked(const Job& job);
     void conclude(Job& job, download_error_e error);
     void deliver();
-    static Call callOf(const Event& event);
     Wanted wanted(const Job& job);
     Wanted wantedLocked(const Job& job) const;
 
     std::mutex mutex_;
     std::map<int, Record> downloads_;
-    std::deque<Event> events_;
+    DownloadEvents events_;
     int lastId_ = 0;
     bool isEnding_ = false;
     CURLM* multi_;  // null: there is no memory, or the process is about to end
     std::thread thread_;
     std::thread::id worker_;
-
-    const Download* calling_ = nullptr;  // whose callback is running
-    std::uint64_t callsEnded_ = 0;
-    std::condition_variable callEnded_;
 
     std::vector<Job> jobs_;  // the worker's
 };
