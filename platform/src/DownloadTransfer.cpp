@@ -61,15 +61,30 @@ void DownloadTransfer::halt()
 }
 
 download_error_e DownloadTransfer::finish(CURLcode result)
-{
+try {
     curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &httpStatus_);
     // A file without bytes begins with its end.
     if (result == CURLE_OK && !hasBegun_)
         failure_ = begin();
-    download_error_e error = failure_ != DOWNLOAD_ERROR_NONE ? failure_ : errorOf(result);
+    const bool isComplete = result == CURLE_OK || isNothingMissing();
+    const download_error_e error = failure_ != DOWNLOAD_ERROR_NONE ? failure_ : errorOf(result);
     halt();
-    if (error == DOWNLOAD_ERROR_NONE)
-        error = file_.finish(received_);
+    return isComplete && failure_ == DOWNLOAD_ERROR_NONE ? seal() : error;
+} catch (const std::bad_alloc&) {
+    halt();
+    return DOWNLOAD_ERROR_OUT_OF_MEMORY;
+}
+
+// The server has nothing behind what came before the pause: all that was missing was its word for that.
+bool DownloadTransfer::isNothingMissing() const
+{
+    return from_ > 0 && contentSize_ == 0 && httpStatus_ == HttpRangeNotSatisfiable &&
+           header("Content-Range") == "bytes */" + std::to_string(from_);
+}
+
+download_error_e DownloadTransfer::seal()
+{
+    const download_error_e error = file_.finish(received_);
     isWhole_ = error == DOWNLOAD_ERROR_NONE;
     if (isWhole_)
         contentSize_ = received_;

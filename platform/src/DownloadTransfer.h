@@ -58,6 +58,8 @@ class DownloadTransfer {
         void operator()(curl_slist* list) const { curl_slist_free_all(list); }
     };
 
+    bool isNothingMissing() const;
+    download_error_e seal();
     bool setUp();
     bool askForTheRest();
     static std::size_t onBytes(char* bytes, std::size_t one, std::size_t count, void* self);

@@ -1,4 +1,5 @@
-// Where a download's file goes, what it is called, and a disk that does not take it.
+// Where a download's file goes, what it is called, a disk that does not take it, and a lack of memory.
+#include <curl/curl.h>
 #include <sys/stat.h>
 #include <tzplatform_config.h>
 
@@ -12,8 +13,12 @@ namespace fs = std::filesystem;
 
 extern "C" ssize_t __real_pwrite(int descriptor, const void* bytes, size_t count, off_t offset);
 extern "C" ssize_t __wrap_pwrite(int descriptor, const void* bytes, size_t count, off_t offset);
+extern "C" CURLMcode __real_curl_multi_add_handle(CURLM* multi, CURL* handle);
+extern "C" CURLMcode __wrap_curl_multi_add_handle(CURLM* multi, CURL* handle);
 
 namespace {
+
+std::atomic<bool> isOutOfMemory{false};
 
 // What happens to each write of a file from now on: 0 for nothing, an errno, or a few bytes at a time.
 std::atomic<int> writeError{0};
@@ -75,6 +80,24 @@ ssize_t __wrap_pwrite(int descriptor, const void* bytes, size_t count, off_t off
     }
     const size_t most = mostWritten;
     return __real_pwrite(descriptor, bytes, most == 0 ? count : std::min(count, most), offset);
+}
+
+CURLMcode __wrap_curl_multi_add_handle(CURLM* multi, CURL* handle)
+{
+    return isOutOfMemory ? CURLM_OUT_OF_MEMORY : __real_curl_multi_add_handle(multi, handle);
+}
+
+TEST_F(Downloads, ALackOfMemoryIsAFailureThatLeavesNothing)
+{
+    isOutOfMemory = true;
+    TestDownload download;
+    EXPECT_EQ(outcome(download, "/milk.png", DOWNLOAD_STATE_FAILED), kFailed);
+    isOutOfMemory = false;
+
+    EXPECT_EQ(download.error(), DOWNLOAD_ERROR_OUT_OF_MEMORY);
+    EXPECT_EQ(files(), std::vector<std::string>());
+    download.heard.forget();
+    EXPECT_EQ(outcome(download, "/milk.png", DOWNLOAD_STATE_COMPLETED), kGood);
 }
 
 TEST_F(DownloadName, IsWhatTheAddressEndsWithWhereNoneWasGiven)

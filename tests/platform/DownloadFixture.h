@@ -229,19 +229,24 @@ class Downloads : public testing::Test {
     {
         server.Get(path, [this, isMeasured](const httplib::Request& request, httplib::Response& response) {
             noteRange(request);
-            if (isMeasured)
-                response.set_content_provider(
-                    picture.size(), "image/png",
-                    [this](size_t offset, size_t, httplib::DataSink& sink) { return give(offset, sink); });
-            else
-                response.set_chunked_content_provider("image/png",
-                                                      [this](size_t offset, httplib::DataSink& sink) {
-                                                          const bool goesOn = give(offset, sink);
-                                                          if (offset >= picture.size() / 2)
-                                                              sink.done();
-                                                          return goesOn;
-                                                      });
+            giveHalves(response, isMeasured);
         });
+    }
+
+    void giveHalves(httplib::Response& response, bool isMeasured)
+    {
+        if (isMeasured)
+            response.set_content_provider(
+                picture.size(), "image/png",
+                [this](size_t offset, size_t, httplib::DataSink& sink) { return give(offset, sink); });
+        else
+            response.set_chunked_content_provider("image/png",
+                                                  [this](size_t offset, httplib::DataSink& sink) {
+                                                      const bool goesOn = give(offset, sink);
+                                                      if (offset >= picture.size() / 2)
+                                                          sink.done();
+                                                      return goesOn;
+                                                  });
     }
 
     bool give(size_t offset, httplib::DataSink& sink)

@@ -49,6 +49,11 @@ TEST_F(DownloadProcess, EndsAtOnceWhereNothingWasStarted)
     EXPECT_EQ(probe("unused", ""), "ends\n");
 }
 
+TEST_F(DownloadProcess, WithoutAThreadToGiveStartsItLater)
+{
+    EXPECT_EQ(probe("no-thread", server.url("/silent.png")), "cannot be started\nstarted\n");
+}
+
 TEST_F(DownloadProcess, TrustsAndReachesWhomTheSettingsSay)
 {
     const std::string host = "merchant-bridge.example";

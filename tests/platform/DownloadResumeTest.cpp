@@ -14,9 +14,7 @@ class DownloadResume : public Downloads {
             if (request.headers.count("Range") == 0) {
                 for (const auto& [name, value] : marks)
                     response.set_header(name, value);
-                response.set_content_provider(
-                    picture.size(), "image/png",
-                    [this](size_t offset, size_t, httplib::DataSink& sink) { return give(offset, sink); });
+                giveHalves(response, isMeasured);
                 return;
             }
             note(request.get_header_value("If-Range"));
@@ -42,6 +40,7 @@ class DownloadResume : public Downloads {
 
     std::vector<std::pair<std::string, std::string>> marks;
     Answer answer;
+    bool isMeasured = true;  // the first request is told the picture's size
 };
 
 }  // namespace
@@ -91,6 +90,32 @@ TEST_F(DownloadResume, AnotherPartThanTheOneAskedForCannotBeUsed)
     EXPECT_EQ(download.error(), DOWNLOAD_ERROR_CANNOT_RESUME);
     EXPECT_EQ(download.httpStatus(), 206);
     EXPECT_EQ(files(), std::vector<std::string>());
+}
+
+TEST_F(DownloadResume, WhereNothingIsMissingTheFileIsWhole)
+{
+    isMeasured = false;
+    answer = [this](httplib::Response& response) {
+        response.status = 416;
+        response.set_header("Content-Range", "bytes */" + std::to_string(picture.size() / 2));
+    };
+    TestDownload download;
+
+    EXPECT_EQ(resume(download, DOWNLOAD_STATE_COMPLETED), kGood);
+    EXPECT_EQ(contentOf(download.path()), picture.substr(0, picture.size() / 2));
+    EXPECT_EQ(download.contentSize(), picture.size() / 2);
+}
+
+TEST_F(DownloadResume, ASizeThatIsNotTheOneToldBeforeIsNoEnd)
+{
+    answer = [this](httplib::Response& response) {
+        response.status = 416;
+        response.set_header("Content-Range", "bytes */" + std::to_string(picture.size() / 2));
+    };
+    TestDownload download;
+
+    EXPECT_EQ(resume(download, DOWNLOAD_STATE_FAILED), kFailed);
+    EXPECT_EQ(download.error(), DOWNLOAD_ERROR_CANNOT_RESUME);
 }
 
 TEST_F(DownloadResume, AServerWithoutThatPartCannotBeUsed)

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "Latch.h"
+#include "ThreadStartFault.h"
 
 namespace {
 
@@ -82,11 +83,32 @@ void start(const char* url, const char* folder)
     download_start(last.id);
 }
 
+// A first start for which there is no thread, and a second one.
+int startWithoutThread(const char* url)
+{
+    download_create(&last.id);
+    download_set_url(last.id, url);
+    int result = DOWNLOAD_ERROR_NONE;
+    {
+        const ThreadStartFault none;
+        result = download_start(last.id);
+    }
+    download_state_e state = DOWNLOAD_STATE_NONE;
+    download_get_state(last.id, &state);
+    if (result == DOWNLOAD_ERROR_SYSTEM_DOWN && state == DOWNLOAD_STATE_READY)
+        say("cannot be started");
+    if (download_start(last.id) == DOWNLOAD_ERROR_NONE)
+        say("started");
+    return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int, char** arguments)
 {
     const std::string manner = arguments[1];
+    if (manner == "no-thread")
+        return startWithoutThread(arguments[2]);
     if (manner == "unused") {
         download_create(&last.id);
         say("ends");
