@@ -66,10 +66,10 @@ try {
     // A file without bytes begins with its end.
     if (result == CURLE_OK && !hasBegun_)
         failure_ = begin();
-    const bool isComplete = result == CURLE_OK || isNothingMissing();
-    const download_error_e error = failure_ != DOWNLOAD_ERROR_NONE ? failure_ : errorOf(result);
+    if (failure_ == DOWNLOAD_ERROR_NONE && !isNothingMissing())
+        failure_ = errorOf(result);
     halt();
-    return isComplete && failure_ == DOWNLOAD_ERROR_NONE ? seal() : error;
+    return failure_ == DOWNLOAD_ERROR_NONE ? seal() : failure_;
 } catch (const std::bad_alloc&) {
     halt();
     return DOWNLOAD_ERROR_OUT_OF_MEMORY;
