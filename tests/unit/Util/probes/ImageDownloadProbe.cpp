@@ -19,6 +19,7 @@ void onProgress(int, uint64_t, void*) {}
 
 int main(int, char** arguments)
 {
+    ecore_app_no_system_modules();
     ecore_init();
     static Util::ImageDownloader downloader;
     const int id = downloader.initDownload();
