@@ -1,50 +1,24 @@
 #include "ImageCurlDownloader.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 #include <curl/curl.h>
-#include <sys/stat.h>
-#include <tzplatform_config.h>
 #include <unistd.h>
 
+#include "ImageFolder.h"
 #include "Log.h"
 
 namespace Util {
 
 namespace {
 
-constexpr size_t MAX_TEXT = 127;  // bytes of a file name, a path or a shell command
-constexpr mode_t DIRECTORY_MODE = 0755;
 constexpr long MAX_REDIRECTS = 20;
 constexpr long TRANSFER_TIMEOUT_SECONDS = 7;
 constexpr long HTTP_OK = 200;
 
-const std::string imageDirectory = tzplatform_mkpath(TZ_USER_CONTENT, "tmp");
-
 size_t __WriteFileCallback(void* buffer, size_t size, size_t count, void* file)
 {
     return fwrite(buffer, size, count, static_cast<FILE*>(file));
-}
-
-/** The first kind of picture whose name stands anywhere in the URL; else what follows its last dot,
- * uncleaned. */
-std::string extensionOf(const std::string& url)
-{
-    std::string lowerCase = url;
-    std::transform(url.begin(), url.end(), lowerCase.begin(), [](unsigned char c) { return tolower(c); });
-    auto contains = [&](const char* text) { return lowerCase.find(text) != std::string::npos; };
-
-    if (contains("gif"))
-        return "gif";
-    if (contains("png"))
-        return "png";
-    if (contains("jpg") || contains("jpeg"))
-        return "jpg";
-    return url.substr(url.rfind('.') + 1);
 }
 
 /**
@@ -53,14 +27,13 @@ std::string extensionOf(const std::string& url)
  */
 std::string imagePath(int id, const std::string& url)
 {
-    std::string name = (std::to_string(id) + "." + extensionOf(url)).substr(0, MAX_TEXT);
-    std::string path = (imageDirectory + "/" + name).substr(0, MAX_TEXT);
-    return path.size() > imageDirectory.size() + 1 ? path : "";
+    std::string path = (imageFolder() + "/" + imageFileName(id, url)).substr(0, MAX_IMAGE_TEXT);
+    return path.size() > imageFolder().size() + 1 ? path : "";
 }
 
 FILE* openImage(const std::string& path)
 {
-    mkdir(imageDirectory.c_str(), DIRECTORY_MODE);
+    makeImageFolder();
     if (path.empty())
         return nullptr;
     // Where the directory could not be wiped, the file may be one that an earlier search still writes.
@@ -91,13 +64,6 @@ void fetch(CURL* curl, const char* url, FILE* file)
     result = curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
     if (result != CURLE_OK || status != HTTP_OK)
         throw "download failed, result: 0HTTP response: " + std::to_string(status);
-}
-
-/** True if a shell takes the path for one word that means itself. */
-bool isPlainPath(const std::string& path)
-{
-    auto isPlain = [](unsigned char c) { return isalnum(c) || c >= 0x80 || strchr("/._-+,:@%=", c); };
-    return path.size() > 1 && path[0] == '/' && std::all_of(path.begin(), path.end(), isPlain);
 }
 
 }  // namespace
@@ -157,11 +123,7 @@ void ImageCurlDownloader::deinitDownload(int id)
 
 int ImageCurlDownloader::clearAllDownloadedImages()
 {
-    std::string command = "rm -rf " + imageDirectory;
-    // A command that would be cut, or that a shell would read as something else, removes what it must not.
-    if (command.size() > MAX_TEXT || !isPlainPath(imageDirectory))
-        return -1;
-    return system(command.c_str());
+    return removeImageFolder();
 }
 
 }  // namespace Util

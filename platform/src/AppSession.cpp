@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/eventfd.h>
 
 #include <cerrno>
@@ -10,26 +9,11 @@
 #include <system_error>
 #include <utility>
 
+#include "SignalsBlocked.h"
+
 namespace HostPlatform {
 
 namespace {
-
-// Signals are the app's: a thread that starts while this is there gets none.
-class SignalsBlocked {
-  public:
-    SignalsBlocked()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-  private:
-    sigset_t before_;
-};
 
 int newEventDescriptor()
 {
