@@ -15,10 +15,6 @@ namespace Tool {
 // Of this build.
 std::filesystem::path loginFile();
 
-// Logs in where there is no file yet; what somebody wrote there stays. Puts back what a killed hold has left.
-// Any number of processes at a time. Throws std::system_error when the file cannot be written.
-void ensureLogin(const std::filesystem::path& file);
-
 // The login file for one search. While it lives no other holds the file, so that one that is logged out does
 // not log out another. Main thread only.
 class LoginHold {
