@@ -19,8 +19,9 @@ std::filesystem::path loginFile();
 // not log out another. Main thread only.
 class LoginHold {
   public:
-    // Waits for the one before, and goes on as ensureLogin(). Throws Failure: Failed, also where the file
-    // cannot be written; Interrupted.
+    // Waits for the one before and puts back what a killed one has left. Logs in where there is no file yet;
+    // what somebody wrote there stays, unless it is to be logged out meanwhile. Throws Failure: Failed, also
+    // where the file cannot be written; Interrupted.
     LoginHold(EventLoop& loop, std::filesystem::path file, bool loggedOut, std::chrono::milliseconds limit);
     // Puts back what was there.
     ~LoginHold();
