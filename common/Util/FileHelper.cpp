@@ -33,7 +33,7 @@ Bytes allocate(int count)
     return Bytes(new (std::nothrow) char[static_cast<size_t>(count)]);
 }
 
-/** What some file systems call an empty file, and others a very long one. */
+/** A folder opens for reading like a file; its length is 0 on some file systems and huge on others. */
 bool isFolder(FILE* file)
 {
     struct stat status = {};

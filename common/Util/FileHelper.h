@@ -13,7 +13,8 @@ namespace Util {
  */
 class FileContent {
   public:
-    /** Copies `filePath`; null counts as the empty path, at which there is never a file. */
+    /** Copies `filePath`, for which there must be memory; null counts as the empty path, at which there is
+     * never a file. */
     explicit FileContent(const char* filePath);
     virtual ~FileContent();
     FileContent(const FileContent&) = delete;
@@ -29,8 +30,8 @@ class FileContent {
     const std::string path;
     int size = 0;          // bytes in `data`
     char* data = nullptr;  // the object's own
-    bool nullTerminate =
-        false;  // true: FileHelper::write() puts one zero byte behind the data; set it at will
+    /** Whether FileHelper::write() puts one zero byte behind the data. Set it at will. */
+    bool nullTerminate = false;
 };
 
 /**

@@ -4,24 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
-#include <vector>
 
+#include "ConstantPairs.h"
 #include "ScratchRoot.h"
 
 namespace Carvoy {
-
-namespace {
-
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-void expectEqual(const Pairs& pairs)
-{
-    for (const auto& [constant, value] : pairs)
-        EXPECT_EQ(constant, value);
-}
-
-}  // namespace
 
 TEST(ConstantsTest, AppsAreNamedByTheirIds)
 {

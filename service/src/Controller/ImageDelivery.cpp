@@ -6,6 +6,8 @@
 
 namespace Carvoy {
 
+std::mutex ImageDelivery::mutex;
+
 ImageDelivery::ImageDelivery(std::function<void(const ImagePath&)> sendImage) : sender(std::move(sendImage))
 {
 }

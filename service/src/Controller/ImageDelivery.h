@@ -23,9 +23,10 @@ struct ImagePath {
  * Keeps the pictures of the current search until the UI app is ready to show them, runs the threads that
  * fetch them, and tells the current search from those before it: what an earlier one still brings is dropped.
  *
- * Its mutex guards all that a controller shares with its download threads, and the image downloader's files
- * and records. The operations take it themselves, so that none may be called from inside a step or from the
- * sender. Any thread, but for begin() and download(), which are for the one that searches.
+ * The mutex guards all that a controller shares with its download threads, and the image downloader's files
+ * and records. It is one for all, because the image downloader is. The operations take it themselves, so that
+ * none may be called from inside a step or from the sender. Any thread, but for begin() and download(), which
+ * are for the one that searches.
  *
  * It is the last member of its controller: its destructor waits for the threads, which use all the others.
  */
@@ -61,8 +62,8 @@ class ImageDelivery {
     bool sendAll();
 
     /**
-     * Runs `fetch` on a thread of its own. It must end by itself in bounded time once its search is not the
-     * current one. Throws std::system_error without a thread.
+     * Runs `fetch` on a thread of its own. It must end by itself in bounded time after a begin() that leaves
+     * it nothing to fetch. Throws std::system_error without a thread.
      */
     void download(Step fetch);
 
@@ -73,7 +74,7 @@ class ImageDelivery {
     std::deque<std::unique_ptr<ImagePath>> pendingImagePaths;
     bool uiReady = false;
     unsigned currentSearch = 0;
-    std::mutex mutex;  // guards the three above
+    static std::mutex mutex;
     DownloadThreads threads;
 };
 

@@ -69,22 +69,23 @@ bool load(JsonParser* parser, const std::string& text)
     return json_parser_load_from_data(parser, text.c_str(), static_cast<gssize>(text.size()), nullptr);
 }
 
-JsonObject* loadObject(JsonParserPtr& parser, const std::string& text)
+const char* loadObject(JsonParserPtr& parser, const std::string& text, JsonObject*& root)
 {
     parser.reset(json_parser_new());
     if (!parser)
-        throw "Couldn't create json parser";
+        return "Couldn't create json parser";
     if (!load(parser.get(), text))
-        throw "json_parser_load_from_data() failed";
-    JsonNode* root = json_parser_get_root(parser.get());
-    if (!root)
-        throw "json_parser_get_root() failed";
-    if (json_node_get_node_type(root) != JSON_NODE_OBJECT)
-        throw "Invalid json type";
-    JsonObject* object = json_node_get_object(root);
+        return "json_parser_load_from_data() failed";
+    JsonNode* node = json_parser_get_root(parser.get());
+    if (!node)
+        return "json_parser_get_root() failed";
+    if (json_node_get_node_type(node) != JSON_NODE_OBJECT)
+        return "Invalid json type";
+    JsonObject* object = json_node_get_object(node);
     if (!object)
-        throw "json_node_get_object() failed";
-    return object;
+        return "json_node_get_object() failed";
+    root = object;
+    return nullptr;
 }
 
 JsonObject* objectMember(JsonObject* object, const char* name)
@@ -117,7 +118,8 @@ const char* stringMember(JsonObject* object, const char* name)
 {
     JsonNode* node = valueMember(object, name);
     bool isString = node && json_node_get_value_type(node) == G_TYPE_STRING;
-    return isString ? json_object_get_string_member(object, name) : nullptr;
+    const char* text = isString ? json_object_get_string_member(object, name) : nullptr;
+    return text && g_utf8_validate(text, -1, nullptr) ? text : nullptr;
 }
 
 void assignString(std::string& slot, JsonObject* object, const char* name)

@@ -29,10 +29,10 @@ namespace JsonReader {
 bool load(JsonParser* parser, const std::string& text);
 
 /**
- * Loads `text` and gives its root, which must be an object, and which a new parser in `parser` owns. Throws
- * what is wrong, in words for the log, as a const char*.
+ * Loads `text` and gives its root in `root`, which must be an object, and which a new parser in `parser`
+ * owns. Returns null, or what is wrong, in words for the log; `root` is then as it was.
  */
-JsonObject* loadObject(JsonParserPtr& parser, const std::string& text);
+const char* loadObject(JsonParserPtr& parser, const std::string& text, JsonObject*& root);
 
 /** The member as an object; null if there is none or it is something else. */
 JsonObject* objectMember(JsonObject* object, const char* name);
@@ -46,7 +46,10 @@ JsonObject* objectElement(JsonArray* array, unsigned index);
 /** The first element of the array member, as an object; null where any link of that is missing. */
 JsonObject* firstObjectOf(JsonObject* object, const char* arrayName);
 
-/** The member's text in UTF-8; null if there is none or it is something else. */
+/**
+ * The member's text; null if there is none or it is something else, also if it is not UTF-8, which an escaped
+ * half of a character makes it: no message can carry that.
+ */
 const char* stringMember(JsonObject* object, const char* name);
 
 /** Copies the member's text into `slot`, which stays as it is if there is none. */

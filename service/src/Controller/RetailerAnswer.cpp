@@ -1,7 +1,5 @@
 #include "RetailerAnswer.h"
 
-#include <algorithm>
-
 #include "JsonReader.h"
 #include "Log.h"
 #include "RetailerTexts.h"
@@ -20,23 +18,22 @@ namespace {
 //
 // Of each inner array only the first element counts: a product is shown with one discount and one badge.
 
-JsonArray* itemsOf(JsonObject* answer)
+/** Finds the array of products in an answer. Returns null, or what is wrong with the answer. */
+const char* findItems(JsonObject* answer, JsonArray*& items)
 {
     if (!json_object_has_member(answer, "data"))
-        throw "no member: data";
+        return "no member: data";
     JsonObject* data = JsonReader::objectMember(answer, "data");
     if (!data)
-        throw "json_node_get_object_member() failed";
+        return "json_node_get_object_member() failed";
     if (const char* itemCount = JsonReader::stringMember(data, "itemCount"))
         LOG_D("itemCount: %s", itemCount);
     if (!json_object_has_member(data, "itemList"))
-        throw "no member: itemList";
-    JsonArray* items = JsonReader::arrayMember(data, "itemList");
+        return "no member: itemList";
+    items = JsonReader::arrayMember(data, "itemList");
     if (!items)
-        throw "json_object_get_array_member() failed";
-    if (json_array_get_length(items) == 0)
-        throw "empty json array";
-    return items;
+        return "json_object_get_array_member() failed";
+    return json_array_get_length(items) == 0 ? "empty json array" : nullptr;
 }
 
 void readDiscount(RetailerProduct& product, JsonObject* discount)
@@ -67,19 +64,25 @@ RetailerProduct readProduct(JsonObject* item)
 
 }  // namespace
 
-std::vector<RetailerProduct> read(const std::string& body, std::size_t limit)
+const char* read(const std::string& body, std::size_t limit, std::vector<RetailerProduct>& products)
 {
     // Owns all that is read of the answer: the texts are copied before it goes.
     JsonParserPtr parser;
-    JsonArray* items = itemsOf(JsonReader::loadObject(parser, body));
+    JsonObject* answer = nullptr;
+    JsonArray* items = nullptr;
+    const char* fault = JsonReader::loadObject(parser, body, answer);
+    if (!fault)
+        fault = findItems(answer, items);
+    if (fault)
+        return fault;
 
-    // A product that is not an object keeps its place, with nothing in it.
-    std::vector<RetailerProduct> products(std::min<std::size_t>(json_array_get_length(items), limit));
-    for (std::size_t i = 0; i < products.size(); ++i) {
-        if (JsonObject* item = JsonReader::objectElement(items, static_cast<unsigned>(i)))
-            products[i] = readProduct(item);
+    const unsigned length = json_array_get_length(items);
+    for (unsigned i = 0; i < length && i < limit; ++i) {
+        // One that is not an object keeps its place, with nothing in it.
+        JsonObject* item = JsonReader::objectElement(items, i);
+        products.push_back(item ? readProduct(item) : RetailerProduct{});
     }
-    return products;
+    return nullptr;
 }
 
 }  // namespace Carvoy::RetailerAnswer

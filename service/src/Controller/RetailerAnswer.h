@@ -22,10 +22,10 @@ struct RetailerProduct {
 namespace RetailerAnswer {
 
 /**
- * The first `limit` products of an answer's body, in its order. Throws what is wrong with it, in words for
- * the log, as a const char*; an answer without products is wrong, too.
+ * Appends the first `limit` products of an answer's body, in its order. Returns null, or what is wrong with
+ * the answer, in words for the log; one without products is wrong, too.
  */
-std::vector<RetailerProduct> read(const std::string& body, std::size_t limit);
+const char* read(const std::string& body, std::size_t limit, std::vector<RetailerProduct>& products);
 
 }  // namespace RetailerAnswer
 

@@ -11,7 +11,8 @@ namespace Carvoy::RetailerTexts {
 namespace {
 
 constexpr const char* ICONS = "http://" CARVOY_RETAILER_ICON_HOST "/ui/app/6001/icon/";
-constexpr size_t GROUP = 3;  // characters between two commas of a price
+constexpr size_t GROUP = 3;  // bytes between two commas of a price
+constexpr size_t YEAR = 4;   // places of a timestamp's year
 
 /** The number that a text begins with; 0 where it begins with none. */
 long number(const std::string& text)
@@ -35,22 +36,21 @@ bool isFirstByte(char byte)
 
 std::string timestamp(const std::tm& time)
 {
-    char text[30];
-    strftime(text, sizeof text, "%Y%m%d%H%M%S", &time);
-    return text;
+    char rest[11];
+    strftime(rest, sizeof rest, "%m%d%H%M%S", &time);
+    std::string year = std::to_string(time.tm_year + 1900);
+    year.insert(0, YEAR - std::min(YEAR, year.size()), ' ');
+    return year.substr(0, YEAR) + rest;
 }
 
 std::string price(const std::string& digits)
 {
-    size_t left = std::count_if(digits.begin(), digits.end(), isFirstByte);
     std::string text;
-    for (char byte : digits) {
-        if (isFirstByte(byte)) {
-            if (!text.empty() && left % GROUP == 0)
-                text += ',';
-            --left;
-        }
-        text += byte;
+    for (size_t i = 0; i < digits.size(); ++i) {
+        const bool isBetweenGroups = i > 0 && (digits.size() - i) % GROUP == 0;
+        if (isBetweenGroups && isFirstByte(digits[i]))
+            text += ',';
+        text += digits[i];
     }
     return text + "원";
 }

@@ -7,12 +7,15 @@
 
 namespace Carvoy::RetailerTexts {
 
-/** Year, month, day, hour, minute and second in fourteen digits: "20260131235959". */
+/**
+ * Year, month, day, hour, minute and second in fourteen digits: "20260131235959". The year takes four places,
+ * whatever it is.
+ */
 std::string timestamp(const std::tm& time);
 
 /**
  * A price in won, of the digits that the retailer sends: "12900" is "12,900원". Whatever the text holds, its
- * characters (of UTF-8) are put in groups of three from the right.
+ * bytes are put in groups of three from the right; only a character of UTF-8 is never cut in two.
  */
 std::string price(const std::string& digits);
 

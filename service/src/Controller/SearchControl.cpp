@@ -173,10 +173,10 @@ int SearchControl::init()
 
     int result = 0;
     mSearch = mImages.begin([&] {
-        for (const auto& [id, index] : mDownloadIds)
+        // Also what a thread has recorded and not yet reported. Download ids count from 1.
+        for (int id = 1; id <= PAGE_SIZE; ++id)
             mImages.downloader()->deinitDownload(id);
         mDownloadIds.clear();
-        mImages.downloader()->downloaded.clear();  // also what a thread has recorded and not yet reported
         result = mImages.downloader()->clearAllDownloadedImages();
     });
     return result;
@@ -296,15 +296,15 @@ std::string discountText(int amount, int former)
     return "Save " + std::to_string(percent) + "%";
 }
 
-/** The array of products in an answer. Throws what is wrong with the answer. */
-JsonArray* productsOf(JsonObject* answer)
+/** Finds the array of products in an answer. Returns null, or what is wrong with the answer. */
+const char* findProducts(JsonObject* answer, JsonArray*& products)
 {
     if (!json_object_has_member(answer, "products"))
-        throw "no member: products";
-    JsonArray* products = JsonReader::arrayMember(answer, "products");
+        return "no member: products";
+    products = JsonReader::arrayMember(answer, "products");
     if (!products)
-        throw "json_object_get_array_member() failed";
-    return products;
+        return "json_object_get_array_member() failed";
+    return json_array_get_length(products) == 0 ? "empty json array" : nullptr;
 }
 
 /** How many of them are kept: a merchant may answer with more products than it was asked for. */
@@ -357,8 +357,9 @@ void SearchControl::fillProduct(size_t index, JsonObject* product)
 // A product that is not an object keeps its place, with nothing in it.
 void SearchControl::fillLists(JsonArray* products)
 {
+    mTotalCount = keptOf(products);
     for (std::vector<std::string>* list : lists())
-        list->resize(mTotalCount);
+        list->assign(mTotalCount, "");
 
     for (int i = 0; i < mTotalCount; ++i) {
         if (JsonObject* product = JsonReader::objectElement(products, i))
@@ -366,23 +367,22 @@ void SearchControl::fillLists(JsonArray* products)
     }
 }
 
-// Fails only where there is no list of products: what is wrong inside a product leaves its slots empty. The
-// count stays for the status record, also after a failure.
+// Fails only where there is no list of products: what is wrong inside a product leaves its slots empty. After
+// a failure the lists and the count stay as init() has left them.
 int SearchControl::parseResult(std::string text)
 {
     // Owns all that is read of the answer: the texts are copied into the lists before it goes.
     JsonParserPtr parser;
-    try {
-        JsonArray* products = productsOf(JsonReader::loadObject(parser, text));
-        mTotalCount = keptOf(products);
-        if (mTotalCount < 1)
-            throw "empty json array";
+    JsonObject* answer = nullptr;
+    JsonArray* products = nullptr;
+    const char* fault = JsonReader::loadObject(parser, text, answer);
+    if (!fault)
+        fault = findProducts(answer, products);
+    if (fault)
+        LOG_E("%s", fault);
+    else
         fillLists(products);
-    } catch (const char* message) {
-        LOG_E("%s", message);
-        return BAD_ANSWER;
-    }
-    return FOUND;
+    return fault ? BAD_ANSWER : FOUND;
 }
 
 void SearchControl::downloadImages()

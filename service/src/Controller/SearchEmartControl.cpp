@@ -67,15 +67,13 @@ void SearchEmartControl::init()
     httpCode = HTTP_UNAUTHORIZED;
     searchTerm.clear();
     delivery.begin([this] {
-        productCount = 0;
-        for (std::vector<std::string>* list : lists())
-            list->clear();
-        for (const auto& [id, index] : downloadIndex)
+        clearLists();
+        // Also what a thread has recorded and not yet reported.
+        for (int id : startedDownloads)
             delivery.downloader()->deinitDownload(id);
+        startedDownloads.clear();
         downloadIndex.clear();
         downloadType.clear();
-        startedDownloads.clear();
-        delivery.downloader()->downloaded.clear();  // also what a thread has recorded and not yet reported
         delivery.downloader()->clearAllDownloadedImages();
     });
 }
@@ -152,6 +150,8 @@ JsonObject* SearchEmartControl::getRequestParamObjang()
 
 std::pair<char*, gsize> SearchEmartControl::getRequestBodyJson(_requestCommand, JsonObject* params)
 {
+    // localtime_r() alone would stay in the time zone that the process has begun in.
+    tzset();
     const time_t now = time(nullptr);
     std::tm local{};
     localtime_r(&now, &local);
@@ -211,14 +211,12 @@ try {
 
 int SearchEmartControl::parseResult(std::string body)
 {
-    try {
-        std::vector<RetailerProduct> products = RetailerAnswer::read(body, MAX_PRODUCTS);
-        delivery.guarded([&] { fillLists(std::move(products)); });
-    } catch (const char* message) {
-        LOG_E("%s", message);
-        return BAD_ANSWER;
-    }
-    return FOUND;
+    std::vector<RetailerProduct> products;
+    const char* fault = RetailerAnswer::read(body, MAX_PRODUCTS, products);
+    if (fault)
+        LOG_E("%s", fault);
+    delivery.guarded([&] { fillLists(std::move(products)); });
+    return fault ? BAD_ANSWER : FOUND;
 }
 
 std::array<std::vector<std::string>*, 8> SearchEmartControl::lists()
@@ -227,9 +225,17 @@ std::array<std::vector<std::string>*, 8> SearchEmartControl::lists()
             &productIds,   &discountTypes, &discountIconUrls, &discountTexts};
 }
 
+void SearchEmartControl::clearLists()
+{
+    productCount = 0;
+    for (std::vector<std::string>* list : lists())
+        list->clear();
+}
+
+// The count comes last: it never says more than the lists hold.
 void SearchEmartControl::fillLists(std::vector<RetailerProduct> products)
 {
-    productCount = static_cast<int>(products.size());
+    clearLists();
     for (RetailerProduct& product : products) {
         productNames.push_back(std::move(product.name));
         imageUrls.push_back(std::move(product.imageUrl));
@@ -240,6 +246,7 @@ void SearchEmartControl::fillLists(std::vector<RetailerProduct> products)
         discountIconUrls.push_back(std::move(product.discountIconUrl));
         discountTexts.push_back(std::move(product.discountText));
     }
+    productCount = static_cast<int>(products.size());
 }
 
 int SearchEmartControl::sendEmartResultToUI()
@@ -300,7 +307,7 @@ void SearchEmartControl::downloadImages()
 
     auto download = [this] {
         Util::ImageCurlDownloader* downloader = delivery.downloader();
-        for (int i = 0; isLeft(i); ++i) {
+        for (int i = 0; hasProduct(i); ++i) {
             startDownloadImages(downloader, i, DownloadImageType::PRODUCT_IMAGE);
             startDownloadImages(downloader, i, DownloadImageType::DISCOUNT_ICON_IMAGE);
         }
@@ -313,28 +320,21 @@ void SearchEmartControl::downloadImages()
 }
 
 /** Whether the current search has a product at this position. */
-bool SearchEmartControl::isLeft(int index)
+bool SearchEmartControl::hasProduct(int index)
 {
-    bool isLeft = false;
-    delivery.guarded([&] { isLeft = index < productCount; });
-    return isLeft;
+    bool hasProduct = false;
+    delivery.guarded([&] { hasProduct = index < productCount; });
+    return hasProduct;
 }
 
 /** Gives the address of a picture, empty where there is none, and the search whose products it was read from.
  */
 unsigned SearchEmartControl::findImage(int index, DownloadImageType type, std::string& url)
 {
-    const std::vector<std::string>* urls = nullptr;
-    if (type == DownloadImageType::PRODUCT_IMAGE)
-        urls = &imageUrls;
-    else if (type == DownloadImageType::DISCOUNT_ICON_IMAGE)
-        urls = &discountIconUrls;
-    else
-        LOG_E("Not define DownloadImageType");
-
+    const bool isPicture = type == DownloadImageType::PRODUCT_IMAGE;
     return delivery.guarded([&] {
-        if (urls && index >= 0 && index < productCount)
-            url = (*urls)[index];
+        if (index >= 0 && index < productCount)
+            url = (isPicture ? imageUrls : discountIconUrls)[index];
     });
 }
 
@@ -343,6 +343,10 @@ unsigned SearchEmartControl::findImage(int index, DownloadImageType type, std::s
 void SearchEmartControl::startDownloadImages(Util::ImageCurlDownloader* downloader, int index,
                                              DownloadImageType type)
 {
+    if (type != DownloadImageType::PRODUCT_IMAGE && type != DownloadImageType::DISCOUNT_ICON_IMAGE) {
+        LOG_E("Not define DownloadImageType");
+        return;
+    }
     std::string url;
     const unsigned search = findImage(index, type, url);
     if (url.empty())

@@ -28,7 +28,8 @@ enum _requestCommand { REQUEST_SEARCH = 0 };
  * are marked: each search runs a thread of its own that downloads the pictures, one after the other. The
  * thread of an earlier search goes on with the products of the current one where it finds some, so that two
  * threads may share them; each picture is fetched by one. The destructor waits for the pictures that are on
- * their way, each of which has its own time limit.
+ * their way, each of which has its own time limit. It is for the time behind the main loop's end: the UI
+ * app's reply to the lists would find the object gone.
  *
  * Failures are logged. None leaves an operation as an exception, but for memory that runs out and a mutex
  * that cannot be locked.
@@ -76,7 +77,8 @@ class SearchEmartControl {
     void sendEmartAllImagePath();
     void downloadImages();
 
-    // For the main loop and the download threads.
+    // For the main loop and the download threads. What belongs to an earlier search than the current one is
+    // dropped, and each download id is fetched once in a search, whichever thread asks for it first.
     void startDownloadImages(Util::ImageCurlDownloader* downloader, int index, Util::DownloadImageType type);
     void pushEmartImagePath(int index, std::string path, Util::DownloadImageType type, unsigned search);
     void deinitDownload(int id, unsigned search);
@@ -102,14 +104,16 @@ class SearchEmartControl {
 
   private:
     std::array<std::vector<std::string>*, 8> lists();
+    void clearLists();
     void fillLists(std::vector<RetailerProduct> products);
-    bool isLeft(int index);
+    bool hasProduct(int index);
     unsigned findImage(int index, Util::DownloadImageType type, std::string& url);
 
-    // Guarded by the delivery, as are the image message and the image downloader's files and records.
+    // Guarded by the delivery, as are the image message and the image downloader's files and records. The
+    // paths that wait for the UI app, whether it is ready, and the mutex are the delivery's own.
     std::map<int, int> downloadIndex;                     // download id to product position
     std::map<int, Util::DownloadImageType> downloadType;  // download id to what it shows
-    std::set<int> startedDownloads;                       // ids of the current search
+    std::set<int> startedDownloads;  // ids that some thread has taken on in the current search
 
     ImageDelivery delivery;  // the last member: its threads use all the others
 };

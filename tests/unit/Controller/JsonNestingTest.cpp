@@ -5,20 +5,13 @@
 
 #include "GLibWatch.h"
 #include "JsonReader.h"
+#include "RepeatedText.h"
 
 namespace Carvoy {
 
 namespace {
 
 constexpr int LIMIT = 1024;
-
-std::string repeat(const std::string& text, int count)
-{
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
 
 std::string arrays(int depth)
 {

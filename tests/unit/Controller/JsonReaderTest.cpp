@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "Calls.h"
 #include "GLibWatch.h"
 
 namespace Carvoy {
@@ -33,6 +36,16 @@ class JsonReaderTest : public testing::Test {
     std::optional<int> number(const std::string& value)
     {
         return JsonReader::intMember(object("{\"number\": " + value + "}"), "number");
+    }
+
+    /** What loadObject() finds wrong; empty for nothing. */
+    static std::string refusalOf(const std::string& text)
+    {
+        JsonParserPtr parser;
+        JsonObject* root = nullptr;
+        const char* fault = JsonReader::loadObject(parser, text, root);
+        EXPECT_EQ(root == nullptr, fault != nullptr) << text.substr(0, 100);
+        return fault ? fault : "";
     }
 
     GLibWatch watch_;
@@ -65,6 +78,84 @@ TEST_F(JsonReaderTest, AnArrayMemberIsOnlyFoundWhereItIsAnArray)
         EXPECT_EQ(found != nullptr, isOneOf(kind, {"array", "empty array"})) << kind;
     }
     EXPECT_EQ(JsonReader::arrayMember(object("{}"), "member"), nullptr);
+}
+
+// Half of a character: json-glib takes the escape for what it says.
+TEST_F(JsonReaderTest, ATextThatIsNotUtf8IsNone)
+{
+    for (const char* half : {R"("\ud83dx")", R"("milk \ud83d!")"}) {
+        JsonObject* root = object(std::string("{\"member\": ") + half + "}");
+        EXPECT_EQ(JsonReader::stringMember(root, "member"), nullptr) << half;
+        std::string slot = "as it was";
+        JsonReader::assignString(slot, root, "member");
+        EXPECT_EQ(slot, "as it was") << half;
+    }
+    EXPECT_STREQ(JsonReader::stringMember(object(R"({"member": "\ud83d\ude00"})"), "member"), "😀");
+}
+
+TEST_F(JsonReaderTest, ARootObjectIsLoadedIntoAParserOfItsOwn)
+{
+    JsonParserPtr parser;
+    JsonObject* root = nullptr;
+    ASSERT_EQ(JsonReader::loadObject(parser, R"({"n": 1})", root), nullptr);
+    EXPECT_EQ(JsonReader::intMember(root, "n"), 1);
+
+    // The next root takes the place of the first, and so does its parser.
+    ASSERT_EQ(JsonReader::loadObject(parser, R"({"n": 2})", root), nullptr);
+    EXPECT_EQ(JsonReader::intMember(root, "n"), 2);
+    EXPECT_EQ(json_node_get_object(json_parser_get_root(parser.get())), root);
+}
+
+TEST_F(JsonReaderTest, WhatIsNoRootObjectIsToldInWords)
+{
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"{", "json_parser_load_from_data() failed"},
+        {std::string(1025, '['), "json_parser_load_from_data() failed"},
+        {"", "json_parser_get_root() failed"},
+        {" \n", "json_parser_get_root() failed"},
+        {"[]", "Invalid json type"},
+        {"null", "Invalid json type"},
+        {"1", "Invalid json type"},
+        {"\"text\"", "Invalid json type"}};
+    for (const auto& [text, message] : cases)
+        EXPECT_EQ(refusalOf(text), message) << text.substr(0, 20);
+    EXPECT_EQ(refusalOf("{}"), "");
+}
+
+TEST_F(JsonReaderTest, WithoutAParserOrItsObjectNothingIsLoaded)
+{
+    TestSupport::Calls::fail("json_parser_new", ENOMEM);
+    EXPECT_EQ(refusalOf("{}"), "Couldn't create json parser");
+    TestSupport::Calls::fail("json_node_get_object", 0);
+    EXPECT_EQ(refusalOf("{}"), "json_node_get_object() failed");
+}
+
+TEST_F(JsonReaderTest, AnObjectMemberIsOnlyFoundWhereItIsAnObject)
+{
+    for (const auto& [kind, text] : EVERY_KIND) {
+        JsonObject* found =
+            JsonReader::objectMember(object(std::string("{\"member\": ") + text + "}"), "member");
+        EXPECT_EQ(found != nullptr, isOneOf(kind, {"object", "empty object"})) << kind;
+    }
+    EXPECT_EQ(JsonReader::objectMember(object("{}"), "member"), nullptr);
+    JsonObject* inner = JsonReader::objectMember(object(R"({"member": {"n": 3}})"), "member");
+    ASSERT_NE(inner, nullptr);
+    EXPECT_EQ(JsonReader::intMember(inner, "n"), 3);
+}
+
+TEST_F(JsonReaderTest, ASlotIsOnlyWrittenWhereThereIsAText)
+{
+    for (const auto& [kind, text] : EVERY_KIND) {
+        std::string slot = "before";
+        JsonReader::assignString(slot, object(std::string("{\"member\": ") + text + "}"), "member");
+        EXPECT_EQ(slot, kind == std::string("string")         ? "text"
+                        : kind == std::string("empty string") ? ""
+                                                              : "before")
+            << kind;
+    }
+    std::string slot = "before";
+    JsonReader::assignString(slot, object("{}"), "member");
+    EXPECT_EQ(slot, "before");
 }
 
 TEST_F(JsonReaderTest, AnObjectElementIsOnlyFoundWhereItIsAnObject)

@@ -6,6 +6,7 @@
 
 #include "GLibWatch.h"
 #include "Products.h"
+#include "RepeatedText.h"
 #include "SearchControlFixture.h"
 
 using TestSupport::Calls;
@@ -17,15 +18,6 @@ namespace {
 using Texts = std::vector<std::string>;
 
 constexpr size_t MEBIBYTE = 1024 * 1024;
-
-std::string repeat(const std::string& text, size_t count)
-{
-    std::string result;
-    result.reserve(text.size() * count);
-    for (size_t i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
 
 class SearchControlAnswerTest : public SearchControlFixture {
   protected:

@@ -1,81 +1,24 @@
 // A search controller between a merchant and a UI app that are both in the test's hand.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "Calls.h"
-#include "Latch.h"
 #include "MerchantServer.h"
 #include "SearchControl.h"
-
-/** A message to the UI app. */
-struct SentMessage : TestSupport::Launch {
-    /** The text under `key`; the test fails where there is none. */
-    std::string text(const std::string& key) const;
-    std::vector<std::string> list(const std::string& key) const;
-
-    bool isResult() const;
-    bool isImage() const;
-};
-
-/** The fields of the assistant's status record; none where the store has null. */
-struct StatusRecord {
-    std::optional<int> isLoggedIn;
-    std::optional<int> isLinked;
-    std::optional<int> totalCount;
-    std::optional<int> productCountInCart;
-    std::optional<int> currentViewType;
-
-    bool operator==(const StatusRecord& other) const;
-};
-std::ostream& operator<<(std::ostream& out, const StatusRecord& record);
-
-/** The record as it stands in the store; none where there is no store or no record. */
-std::optional<StatusRecord> statusRecord();
-
-/** The value of the flag that every search sets; none where it was never set. */
-std::optional<int> responseFlag();
-
-/** The errors logged so far, each as "function: text". */
-std::vector<std::string> loggedErrors();
-
-/** The same for every level. */
-std::vector<std::string> logged();
-
-/** Whether `texts` holds `text`. */
-bool holds(const std::vector<std::string>& texts, const std::string& text);
-
-std::string readFile(const std::string& path);
-void writeFile(const std::string& path, const std::string& content);
+#include "SearchFixture.h"
 
 /** Where the partner app leaves its tokens. */
 std::string tokenFile();
 
-/** Where the pictures lie. */
-std::string imageFile(const std::string& name);
-
-/**
- * Each test begins with the tokens "session" and "access", no status record, no flag, no pictures, and a
- * controller that has not searched. The test's thread is the main loop's.
- */
-class SearchControlFixture : public testing::Test {
+/** Each test begins with the tokens "session" and "access", and a controller that has not searched. */
+class SearchControlFixture : public SearchFixture {
   protected:
     SearchControlFixture();
 
     void SetUp() override;
     void TearDown() override;
-
-    /** Waits until the sender has nothing more to send. */
-    static void settle();
-
-    /** All messages to the UI app so far. Settles first. */
-    static std::vector<SentMessage> sent();
-    static std::vector<SentMessage> sentImages();
 
     /** Asks the controller for the result message, and waits until it is sent. */
     SentMessage result();
@@ -83,25 +26,9 @@ class SearchControlFixture : public testing::Test {
     /** The UI app confirms the result message. */
     void confirm();
 
-    /** Waits until so many image messages were sent since the test began. */
-    static bool waitForImages(size_t count);
-
-    /** Opened at the end of the test at the latest, so that nothing waits for a test that has failed. */
-    std::shared_ptr<Latch> newLatch();
-
-    /** The merchant has this picture. Returns its URL. */
-    std::string addPicture(const std::string& path, const std::string& content);
-
-    /** The merchant sends half of this picture, tells so, and waits for `release` before the other half. */
-    std::string addHeldPicture(const std::string& path, const std::string& content,
-                               const std::shared_ptr<Latch>& reached, const std::shared_ptr<Latch>& release);
-
     /** The merchant answers searches with one product for each URL. */
     void answerWithPictures(const std::vector<std::string>& urls);
 
     MerchantServer& merchant_;
     std::unique_ptr<Carvoy::SearchControl> search_;
-
-  private:
-    std::vector<std::shared_ptr<Latch>> latches_;
 };

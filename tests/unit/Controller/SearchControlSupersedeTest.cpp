@@ -1,6 +1,5 @@
 // A newer search takes the place of an older one whose pictures are still on their way.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
@@ -26,21 +25,6 @@ constexpr int ROUNDS = 25;  // of each of the four places at which the older sea
 class SearchControlSupersedeTest : public SearchControlFixture {
   protected:
     void search(const std::string& term) { ASSERT_EQ(search_->processSearch("freshmart", term), 0); }
-
-    /**
-     * Holds the download thread of the older search inside `function` the first time that it calls it there,
-     * and nowhere else. It tells `reached` and goes on after `release`.
-     */
-    static void holdOldThreadIn(const std::string& function, const std::shared_ptr<Latch>& reached,
-                                const std::shared_ptr<Latch>& release)
-    {
-        Calls::before(function, [=, mainThread = gettid()] {
-            if (gettid() == mainThread || reached->isOpen())
-                return;
-            reached->open();
-            release->wait();
-        });
-    }
 
     /**
      * One round: the older search, whose first picture is held as `hold` says, is replaced by the newer one,
@@ -118,7 +102,7 @@ TEST_F(SearchControlSupersedeTest, AnOlderPictureThatIsNotRecordedYetNeverGetsTh
 {
     addPicture(OLD, "old picture");
     playRounds([](const auto& reached, const auto& release) {
-        holdOldThreadIn("curl_easy_getinfo", reached, release);
+        holdDownloadIn("curl_easy_getinfo", reached, release);
     });
 }
 
@@ -126,7 +110,7 @@ TEST_F(SearchControlSupersedeTest, AnOlderPictureThatIsNotRecordedYetNeverGetsTh
 TEST_F(SearchControlSupersedeTest, AnOlderPictureThatIsRecordedNeverGetsThrough)
 {
     addPicture(OLD, "old picture");
-    playRounds([](const auto& reached, const auto& release) { holdOldThreadIn("sync", reached, release); });
+    playRounds([](const auto& reached, const auto& release) { holdDownloadIn("sync", reached, release); });
 }
 
 // Until it is let go the older thread stands in the middle of a file that is not there any more.

@@ -40,8 +40,10 @@ class FileRemove : public FileTest {
     {
         Calls::reset();
         FileContent content(path.c_str());
+        set(content, "milk");
         EXPECT_FALSE(FileHelper::remove(content)) << path;
         EXPECT_EQ(failures(), List{"remove > failed to delete file : " + path});
+        EXPECT_EQ(std::string(content.data, static_cast<size_t>(content.size)), "milk");
     }
 };
 
@@ -150,6 +152,7 @@ TEST_F(FileWrite, AFailureToOpenLeavesTheFileThatIsThere)
     }
     EXPECT_EQ(failures(), List(4, "write > file open error"));
     EXPECT_EQ(bytesOf(file()), "bytes");
+    EXPECT_EQ(std::string(content.data, static_cast<size_t>(content.size)), "milk");
 }
 
 TEST_F(FileWrite, AReadOnlyFolderTakesNoFile)
