@@ -284,6 +284,7 @@ TEST_F(ARunAtTheRetailer, KnowsNeitherMerchantsNorVoice)
 
 TEST_F(AnApplianceWithARetailer, AnswersSearchesOfThisAndThat)
 {
+    fs::remove(ScratchRoot::file("up") + "/log/retailer.log");  // the retailer appends to it
     up();
     const Ended search = on({"search", "--retailer", "흰우유"});
     EXPECT_EQ(search.status, 0) << search.errors;
