@@ -4,6 +4,8 @@
 #include <exception>
 #include <utility>
 
+#include "Terminal.h"
+
 namespace Tool {
 
 namespace {
@@ -50,6 +52,7 @@ EventLoop::EventLoop()
 {
     ecore_app_no_system_modules();
     ecore_init();
+    useUtf8();  // Ecore has taken the environment's locale
     // Ecore would reap every child of the process; ours are waited for by their own descriptors.
     std::signal(SIGCHLD, SIG_DFL);
     exitSignals_ = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, onSignal, this);

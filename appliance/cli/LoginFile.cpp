@@ -62,17 +62,8 @@ void putBack(const fs::path& file)
 
 void createIfMissing(const fs::path& file)
 {
-    if (fs::exists(file)) {
-        return;
-    }
-    const fs::path fresh = written(file, "login");
-    std::error_code error;
-    fs::create_hard_link(fresh, file,
-                         error);  // unlike a rename it leaves what somebody else was quicker to write
-    std::error_code ignored;
-    fs::remove(fresh, ignored);
-    if (error && error != std::errc::file_exists) {
-        throw std::system_error(error, file.string());
+    if (!fs::exists(file)) {
+        fs::rename(written(file, "login"), file);
     }
 }
 
@@ -106,15 +97,6 @@ FileLock lockFor(EventLoop& loop, const fs::path& file, std::chrono::millisecond
 fs::path loginFile()
 {
     return CARVOY_RETAILER_LOGIN_FILE;
-}
-
-void ensureLogin(const fs::path& file)
-{
-    const auto lock = FileLock::take(lockOf(file));
-    if (lock) {
-        putBack(file);
-    }
-    createIfMissing(file);
 }
 
 LoginHold::LoginHold(EventLoop& loop, fs::path file, bool loggedOut, std::chrono::milliseconds limit)

@@ -15,16 +15,13 @@ namespace Tool {
 // Of this build.
 std::filesystem::path loginFile();
 
-// Logs in where there is no file yet; what somebody wrote there stays. Puts back what a killed hold has left.
-// Any number of processes at a time. Throws std::system_error when the file cannot be written.
-void ensureLogin(const std::filesystem::path& file);
-
 // The login file for one search. While it lives no other holds the file, so that one that is logged out does
 // not log out another. Main thread only.
 class LoginHold {
   public:
-    // Waits for the one before, and goes on as ensureLogin(). Throws Failure: Failed, also where the file
-    // cannot be written; Interrupted.
+    // Waits for the one before and puts back what a killed one has left. Logs in where there is no file yet;
+    // what somebody wrote there stays, unless it is to be logged out meanwhile. Throws Failure: Failed, also
+    // where the file cannot be written; Interrupted.
     LoginHold(EventLoop& loop, std::filesystem::path file, bool loggedOut, std::chrono::milliseconds limit);
     // Puts back what was there.
     ~LoginHold();

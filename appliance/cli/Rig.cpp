@@ -11,7 +11,6 @@
 
 #include "Exit.h"
 #include "LogFollower.h"
-#include "LoginFile.h"
 #include "Names.h"
 #include "RandomText.h"
 #include "SiteValues.h"
@@ -126,11 +125,6 @@ void Rig::prepareFolders()
                             {"APPLIANCE_DLOG", root.platformLog().string()},
                             {"APPLIANCE_CA_FILE", caFile(root).string()},
                             {"no_proxy", "*"}};  // the stand-ins are on this machine
-    try {
-        ensureLogin(loginFile());
-    } catch (const std::system_error&) {
-        // Only a search at the retailer needs it, and that says what is wrong.
-    }
 }
 
 void Rig::startBus()

@@ -1,6 +1,7 @@
 #include "SearchRun.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <set>
 
@@ -27,6 +28,11 @@ const std::string& pathOf(const Ui::Product& product, PictureKind kind)
     return kind == PictureKind::Badge ? product.badge : product.picture;
 }
 
+bool isAtRetailer(const SearchOptions& options)
+{
+    return options.source == Source::Retailer;
+}
+
 // Nothing where that cannot be told: then every service's lines count.
 std::optional<pid_t> processOf(const Root& root, Source source)
 {
@@ -43,7 +49,6 @@ class Search {
     SearchResult run();
 
   private:
-    void show();
     void ask();
     void lookAtCard();
     void noteLine(const std::string& text);
@@ -64,7 +69,8 @@ class Search {
     Clock::time_point end_;
     int sequence_ = 0;
     bool reported_ = false;
-    std::optional<RetailerStock> stock_;  // of the retailer that is searched
+    std::unique_ptr<LoginHold> login_;            // at the retailer, until the lists are shown
+    std::unique_ptr<const RetailerStock> stock_;  // of the retailer
     std::optional<pid_t> service_;
     std::set<PictureName> settled_;  // came or given up, once told
     SearchResult result_;
@@ -78,6 +84,10 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
       options_(options),
       listener_(listener),
       end_(Clock::now() + options.limit),
+      login_(isAtRetailer(options)
+                 ? std::make_unique<LoginHold>(loop, loginFile(), options.loggedOut, options.limit)
+                 : nullptr),
+      stock_(isAtRetailer(options) ? std::make_unique<RetailerStock>() : nullptr),
       service_(processOf(root, options.source)),
       log_(root.platformLog(), endOf(root.platformLog()),
            [this](const std::string& line) { noteLine(line); }),
@@ -87,19 +97,17 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
           }
       })
 {
-    if (options.source == Source::Retailer) {
-        stock_.emplace();
-    }
 }
 
 SearchResult Search::run()
 {
-    if (options_.source == Source::Retailer) {
-        const LoginHold login(loop_, loginFile(), options_.loggedOut, timeLeft());
-        show();
-        result_.loginTrouble = result_.found() ? "" : login.whyLoggedOut().value_or("");
-    } else {
-        show();
+    ask();
+    listener_.onAsked();
+    lookAtCard();
+    waitFor([this] { return isShown(); }, "no product list came in time");
+    if (login_) {
+        result_.loginTrouble = result_.found() ? "" : login_->whyLoggedOut().value_or("");
+        login_.reset();
     }
     if (options_.waitForPictures) {
         waitFor([this] { return isComplete(); }, "not every picture came in time");
@@ -108,20 +116,12 @@ SearchResult Search::run()
     return result_;
 }
 
-void Search::show()
-{
-    ask();
-    listener_.onAsked();
-    lookAtCard();
-    waitFor([this] { return isShown(); }, "no product list came in time");
-}
-
 void Search::ask()
 {
     Appliance::Extras extras;
     extras.texts = {{Appliance::KeySource, Ui::nameOf(options_.source)},
                     {Appliance::KeySearchTerm, options_.term}};
-    if (options_.source == Source::Merchant) {
+    if (!isAtRetailer(options_)) {
         extras.texts[Appliance::KeyMerchant] = options_.merchant;
     }
     sequence_ = askUi(loop_, Appliance::OperationSearch, extras, timeLeft()).sequence;

@@ -97,7 +97,10 @@ std::optional<std::string> Card::showResult(const ProductLists& lists)
     if (!total || *total > ProductsShown) {
         return "the number of products is \"" + lists.total + "\"";
     }
-    const bool sameSearch = std::tie(lists.source, lists.merchant, lists.term) ==
+    // The retailer's service does not search for a user who is not logged in, and then knows of no term.
+    const bool notSearched = lists.source == Source::Retailer && lists.term.empty() && *total == 0;
+    const std::string& term = notSearched && content_.source == lists.source ? content_.term : lists.term;
+    const bool sameSearch = std::tie(lists.source, lists.merchant, term) ==
                             std::tie(content_.source, content_.merchant, content_.term);
     if (content_.state == CardState::Searching && !sameSearch) {
         return "it belongs to another search";
@@ -106,7 +109,7 @@ std::optional<std::string> Card::showResult(const ProductLists& lists)
     content_.state = CardState::Shown;
     content_.source = lists.source;
     content_.merchant = lists.merchant;
-    content_.term = lists.term;
+    content_.term = term;
     replaceProducts(lists, *total);
     return std::nullopt;
 }

@@ -73,6 +73,7 @@ class Card {
 
     // All return why the message is ignored, or nothing when it was taken.
     // While a search is under way, lists of another source, merchant or term are an older search's: ignored.
+    // No lists and no term from the retailer are the answer to any term.
     std::optional<std::string> showResult(const ProductLists& lists);
     // Pictures of another source than the card's are an older search's, too.
     std::optional<std::string> notePicture(const std::string& number, const std::string& path);

@@ -16,6 +16,19 @@ Ui::CardContent groceries()
     return card;
 }
 
+Ui::CardContent koreanGroceries()
+{
+    Ui::CardContent card;
+    card.state = Ui::CardState::Shown;
+    card.source = Ui::Source::Retailer;
+    card.term = "우유";
+    card.products.resize(3);
+    card.products[0] = {"초록들 유기농 우유 900mL", "", "1,000원 할인", "", "4,980원", "", "", "1", "11", ""};
+    card.products[1] = {"Soy Milk", "", "", "", "990원", "", "", "2", "", ""};
+    card.products[2] = {"흰우유 1L", "", "1+1", "", "12,345원", "", "", "3", "30", ""};
+    return card;
+}
+
 class ACardInTheTerminal : public testing::Test {
   protected:
     static void SetUpTestSuite() { Tool::useUtf8(); }
@@ -30,6 +43,28 @@ TEST_F(ACardInTheTerminal, IsATableThatWideCharactersDoNotBend)
               "1  Whole Milk     1 gal                    $4.49\n"
               "2  Crème fraîche  8 oz   Save 10%    $3.0  $2.69\n"
               "3  牛乳           1 L                      $12.5\n");
+}
+
+TEST_F(ACardInTheTerminal, OfTheRetailerHasTypesInPlaceOfSizes)
+{
+    EXPECT_EQ(Tool::cardText(koreanGroceries(), {}),
+              "“우유” at the retailer: 3 products\n"
+              "\n"
+              "#  Product                   Type  Discount      Before     Price\n"
+              "1  초록들 유기농 우유 900mL  11    1,000원 할인           4,980원\n"
+              "2  Soy Milk                                                 990원\n"
+              "3  흰우유 1L                 30    1+1                   12,345원\n");
+}
+
+TEST_F(ACardInTheTerminal, CutsAWideNameBetweenItsCharacters)
+{
+    EXPECT_EQ(Tool::cardText(koreanGroceries(), {false, 54}),
+              "“우유” at the retailer: 3 products\n"
+              "\n"
+              "#  Product        Type  Discount      Before     Price\n"
+              "1  초록들 유기농  11    1,000원 할인           4,980원\n"
+              "2  Soy Milk                                      990원\n"
+              "3  흰우유 1L      30    1+1                   12,345원\n");
 }
 
 TEST_F(ACardInTheTerminal, CutsTheNameWhereTheTerminalIsNarrow)
@@ -83,6 +118,9 @@ TEST_F(ACardInTheTerminal, CountsPicturesFromOne)
 {
     EXPECT_EQ(Tool::pictureText(0, "/tmp/1.png", {}), "✓ picture 1  /tmp/1.png\n");
     EXPECT_EQ(Tool::missingPictureText(5, "not found", {}), "✗ picture 6  not found\n");
+    EXPECT_EQ(Tool::pictureText(0, "/tmp/12.png", {}, Ui::PictureKind::Badge), "✓ badge   1  /tmp/12.png\n");
+    EXPECT_EQ(Tool::missingPictureText(5, "not found", {}, Ui::PictureKind::Badge),
+              "✗ badge   6  not found\n");
 }
 
 }  // namespace

@@ -40,7 +40,26 @@ TEST(ALogLine, OfAnotherFormIsNone)
 
 TEST(AGivenUpPicture, IsKnownByItsLine)
 {
-    EXPECT_EQ(Tool::pictureGivenUp(*Tool::parseLogLine(GivenUp)), 3U);
+    const auto picture = Tool::pictureGivenUp(*Tool::parseLogLine(GivenUp));
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->source, Ui::Source::Merchant);
+    EXPECT_EQ(picture->index, 3U);
+    EXPECT_EQ(picture->kind, Ui::PictureKind::Product);
+}
+
+TEST(AGivenUpPicture, OfTheRetailerHasAType)
+{
+    const std::string line =
+        "E/carvoy-service( 1): [2] SearchEmartControl.cpp: f(2) > Failed to startDownload for index 4, "
+        "type: ";
+    const auto picture = Tool::pictureGivenUp(*Tool::parseLogLine(line + "0"));
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->source, Ui::Source::Retailer);
+    EXPECT_EQ(picture->index, 4U);
+    EXPECT_EQ(picture->kind, Ui::PictureKind::Product);
+    const auto badge = Tool::pictureGivenUp(*Tool::parseLogLine(line + "2"));
+    ASSERT_TRUE(badge);
+    EXPECT_EQ(badge->kind, Ui::PictureKind::Badge);
 }
 
 TEST(AGivenUpPicture, IsNeitherAnotherErrorNorAnotherProgramsLine)
@@ -49,7 +68,9 @@ TEST(AGivenUpPicture, IsNeitherAnotherErrorNorAnotherProgramsLine)
     for (const std::string& text :
          {"E/carvoy-ui( 1): " + message + "3", "D/carvoy-service( 1): " + message + "3",
           "E/carvoy-service( 1): " + message, "E/carvoy-service( 1): " + message + "x",
-          "E/carvoy-service( 1): " + message + "3 or so",
+          "E/carvoy-service( 1): " + message + "3 or so", "E/carvoy-service( 1): " + message + "3, type: 1",
+          "E/carvoy-service( 1): " + message + "3, type: ", "E/carvoy-service( 1): " + message + "x, type: 0",
+          "E/carvoy-service( 1): " + message + "3, type: 20", "E/carvoy-service( 1): " + message + "3,",
           std::string("E/carvoy-service( 1): [1] a.cpp: f(2) > curl perform failed: 0")}) {
         const auto line = Tool::parseLogLine(text);
         ASSERT_TRUE(line) << text;

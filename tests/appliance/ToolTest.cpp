@@ -148,7 +148,7 @@ TEST_F(ARunningAppliance, DiesWholeWhenItIsKilled)
 {
     up();
     const auto all = processes();
-    EXPECT_EQ(all.size(), 6U);
+    EXPECT_EQ(all.size(), 8U);
     up_->signal(SIGKILL);
     up_->wait();
     for (const auto& [name, pid] : all) {

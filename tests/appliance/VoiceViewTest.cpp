@@ -146,6 +146,19 @@ TEST(AVoiceTurn, TellsHowManyProductsThereAreToChooseFrom)
     EXPECT_FALSE(has(Tool::turnErrors(chosenInVain("3"), std::nullopt, {}), "last search"));
 }
 
+TEST(AVoiceTurn, DoesNotTakeTheRetailersCardForTheServices)
+{
+    Ui::CardContent card = milk();
+    card.source = Ui::Source::Retailer;
+    card.merchant = "";
+    const VoiceTurn inVain = chosenInVain("9");
+    EXPECT_NE(Tool::turnErrors(inVain, milk(), {}).find("The last search has"), std::string::npos);
+    EXPECT_EQ(Tool::turnErrors(inVain, card, {}).find("The last search has"), std::string::npos);
+    VoiceTurn turn = chosen();
+    turn.shop.product.merchant = "";
+    EXPECT_EQ(Tool::turnText(turn, card, {}).find("Skim Milk"), std::string::npos);
+}
+
 TEST(AVoiceTurn, TellsThatAnotherSentenceEndedTheWait)
 {
     VoiceTurn turn = chosenInVain("2");
