@@ -14,8 +14,6 @@ namespace {
 using TestSupport::RawMessage;
 using Texts = std::vector<std::string>;
 
-constexpr const char* NoSuchService = "org.freedesktop.DBus.Error.ServiceUnknown";
-
 class TheRetailersSearch : public RetailerWorld {
   protected:
     void SetUp() override
@@ -154,12 +152,6 @@ TEST_F(TheRetailersSearch, IgnoresWhatItDoesNotKnow)
     EXPECT_EQ(status(), std::nullopt);
 }
 
-// The service itself is another program, with another app id.
-TEST_F(TheRetailersSearch, IsNoneOfTheServicesOwn)
-{
-    EXPECT_EQ(client->launch(ServiceId, serviceOperation("search")), NoSuchService);
-}
-
 // The first search's picture and the new one's are both held: whatever else of the new search comes is
 // fetched by the thread of the first one.
 TEST_F(TheRetailersSearch, GoesOnWithTheProductsOfTheNextOne)
@@ -211,6 +203,20 @@ TEST_F(TheRetailersSearch, EndsWithItsProgramWhileAPictureIsOnItsWay)
     retailer->release("/i/maeil.png");
     expectEnd(*service, 0);
     EXPECT_FALSE(std::filesystem::exists(picturesFolder()));
+}
+
+using TheService = RetailerWorld;
+
+TEST_F(TheService, TakesNoSearchToTheRetailer)
+{
+    ServiceWorld::stock(threeProducts());
+    startService(Until::ReadyForVoice, retailerVariables());
+    ServiceWorld::search("milk");
+    EXPECT_EQ(textOf(ServiceWorld::resultMessage(), "key_total_num_of_products"), "3");
+    EXPECT_EQ(launch(serviceOperation("search"), {{"key_search_term", "우유"}}), "");
+    EXPECT_EQ(textOf(ServiceWorld::resultMessage(), "key_total_num_of_products"), "0");
+    EXPECT_EQ(errors(), Texts{"searchProduct: Invalid extra data"});
+    EXPECT_EQ(retailer->requests(SearchPath).size(), 0U);
 }
 
 struct Failure {

@@ -37,6 +37,8 @@ std::string answerOf(const std::vector<Item>& items)
 
 }  // namespace
 
+RetailerWorld::RetailerWorld() : keptLogin(LoginFile) {}
+
 void RetailerWorld::SetUp()
 {
     writeLogin("login\n");
@@ -44,12 +46,22 @@ void RetailerWorld::SetUp()
     ui = std::make_unique<UiPeer>();
 }
 
-void RetailerWorld::startRetailer()
+TestSupport::ChildProcess::Variables RetailerWorld::retailerVariables() const
 {
     const std::string leadHere = ":80:127.0.0.1:" + std::to_string(retailerPort.number());
-    service = runService({{"APPLIANCE_CONNECT_TO",
-                           CARVOY_RETAILER_API_HOST + leadHere + "," CARVOY_RETAILER_ICON_HOST + leadHere}},
-                         CARVOY_RETAILER);
+    const std::string retailers =
+        CARVOY_RETAILER_API_HOST + leadHere + "," CARVOY_RETAILER_ICON_HOST + leadHere;
+    TestSupport::ChildProcess::Variables all = variables();
+    for (auto& [name, value] : all) {
+        if (name == "APPLIANCE_CONNECT_TO")
+            value += "," + retailers;
+    }
+    return all;
+}
+
+void RetailerWorld::startRetailer()
+{
+    service = runService(retailerVariables(), CARVOY_RETAILER);
     ASSERT_TRUE(TestSupport::waitForName(RetailerId)) << service->errors();
     resultMessage();
     atRest_ = threads();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "KeptFile.h"
 #include "ServiceWorld.h"
 
 namespace ServiceTest {
@@ -30,7 +31,11 @@ class RetailerWorld : public ServiceWorld {
     static constexpr const char* RetailerId = "org.tizen.carvoy-retailer";
     static constexpr const char* SearchPath = "/api/refrigerator/search/datas.ssg";
 
+    RetailerWorld();
     void SetUp() override;
+
+    /** variables(), with this retailer at the retailer's hosts. */
+    TestSupport::ChildProcess::Variables retailerVariables() const;
 
     /** Starts the program and waits until it is on the bus and has answered a request. */
     void startRetailer();
@@ -56,6 +61,7 @@ class RetailerWorld : public ServiceWorld {
 
     std::vector<std::string> errors() const;
 
+    const TestSupport::KeptFile keptLogin;
     const ReservedPort retailerPort;
     std::unique_ptr<Merchant> retailer;
 

@@ -35,7 +35,6 @@ void SearchEmartControlFixture::TearDown()
 {
     openLatches();
     search_.reset();
-    std::filesystem::remove_all(loginFile());
     SearchFixture::TearDown();
 }
 

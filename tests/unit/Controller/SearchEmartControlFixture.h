@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "KeptFile.h"
 #include "RetailerServer.h"
 #include "SearchEmartControl.h"
 #include "SearchFixture.h"
@@ -91,6 +92,7 @@ class SearchEmartControlFixture : public SearchFixture {
 
     static std::string url(const std::string& path) { return RetailerServer::instance().address(path); }
 
+    const TestSupport::KeptFile keptLogin_{loginFile()};
     RetailerServer& retailer_;
     std::unique_ptr<OpenSearchEmartControl> search_;
 };
