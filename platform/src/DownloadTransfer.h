@@ -65,7 +65,8 @@ class DownloadTransfer {
     static std::size_t onBytes(char* bytes, std::size_t one, std::size_t count, void* self);
     download_error_e take(const char* bytes, std::size_t count);
     download_error_e begin();
-    download_error_e beginRest();
+    void beginAnew();
+    bool beginRest();
     std::string header(const char* name) const;
     std::string mark() const;
     download_error_e errorOf(CURLcode result) const;
