@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <Ecore.h>
+
 #include "AsyncThread.h"
 #include "ImageFolder.h"
 #include "Log.h"
@@ -18,6 +20,17 @@ Value valueOf(const std::map<int, Value>& values, int id)
 {
     const auto found = values.find(id);
     return found == values.end() ? Value() : found->second;
+}
+
+// The worker is never stopped, and brings to Ecore's loop what is told to the last. The reference is never
+// given back, so that the platform's ecore_shutdown() at the end of the app does not take Ecore away from
+// under it.
+bool makeWorker()
+{
+    if (!Singleton<AsyncThread>::mInstance && ecore_init() == 0)
+        return false;
+    Singleton<AsyncThread>::getInstance();
+    return true;
 }
 
 }  // namespace
@@ -64,7 +77,10 @@ int ImageDownloader::startDownload(int id, const char* url, StateCallback stateC
         return result;
     }
     // Here and not on the download service's thread, where the holder must not make anything.
-    Singleton<AsyncThread>::getInstance();
+    if (!makeWorker()) {
+        LOG_E("");
+        return DOWNLOAD_ERROR_SYSTEM_DOWN;
+    }
     mHeard.insert(id);
     result = download_set_state_changed_cb(id, onStateChanged, this);
     if (result != DOWNLOAD_ERROR_NONE) {

@@ -280,13 +280,45 @@ TEST_F(PlatformDownload, SeveralIdsAreToldApart)
     EXPECT_EQ(told, (std::vector<int>{one, other}));
 }
 
-TEST_F(PlatformDownload, AProcessMayEndWhileOneIsUnderWay)
+TEST_F(PlatformDownload, AProcessMayEndWhileOneIsUnderWayAndTheWorkerHasMoreToBring)
 {
-    ChildProcess process({IMAGE_DOWNLOAD_PROBE, server.url("/halves.png")});
-    const ProcessEnd end = process.wait();
+    for (int round = 0; round < 30; ++round) {
+        Latch ended;
+        HttpServer own;
+        halves(own, ended);
+        own.start();
+        ChildProcess process({IMAGE_DOWNLOAD_PROBE, own.url("/halves.png"), std::to_string(round % 4)});
+        const ProcessEnd end = process.wait();
+        ended.open();
 
-    EXPECT_TRUE(end.inTime);
-    EXPECT_EQ(end.signal, 0) << process.errors();
-    EXPECT_EQ(end.status, 0) << process.errors();
-    EXPECT_NE(process.output().find("under way\n"), std::string::npos) << process.output();
+        EXPECT_TRUE(end.inTime);
+        EXPECT_EQ(end.signal, 0) << process.errors();
+        EXPECT_EQ(end.status, 0) << process.errors();
+        EXPECT_NE(process.output().find("under way\n"), std::string::npos) << process.output();
+    }
+}
+
+TEST_F(PlatformDownload, WithoutEcoreNothingStarts)
+{
+    const int id = init();
+    Calls::fail("ecore_init", 0);
+
+    EXPECT_EQ(start(id, server.url("/milk.png")), DOWNLOAD_ERROR_SYSTEM_DOWN);
+    EXPECT_EQ(Calls::count("download_set_state_changed_cb"), 0U);
+    EXPECT_EQ(Calls::count("download_start"), 0U);
+    EXPECT_EQ(Holder::mInstance, nullptr);
+    EXPECT_EQ(errorMessages(), List{""});
+    EXPECT_EQ(start(id, server.url("/milk.png")), 0);
+}
+
+TEST_F(PlatformDownload, TheWorkerComesWithOneReferenceToEcore)
+{
+    const int id = init();
+    Calls::reset();
+    start(id, server.url("/milk.png"));
+    ASSERT_TRUE(loop.run());
+    start(init(), server.url("/milk.gif"));
+    ASSERT_TRUE(loop.run());
+
+    EXPECT_EQ(Calls::count("ecore_init"), 1U);
 }
