@@ -82,12 +82,12 @@ int ImageDownloader::startDownload(int id, const char* url, StateCallback stateC
         return DOWNLOAD_ERROR_SYSTEM_DOWN;
     }
     mHeard.insert(id);
-    result = download_set_state_changed_cb(id, onStateChanged, this);
+    result = download_set_state_changed_cb(id, _download_state_changed_cb, this);
     if (result != DOWNLOAD_ERROR_NONE) {
         LOG_E("");
         return result;
     }
-    result = download_set_progress_cb(id, onProgress, this);
+    result = download_set_progress_cb(id, _download_progress_cb, this);
     if (result != DOWNLOAD_ERROR_NONE) {
         LOG_E("");
         return result;
@@ -158,7 +158,7 @@ ImageDownloader::State ImageDownloader::convertDownloadState(download_state_e st
     return isKnown ? static_cast<State>(state) : State::NONE;
 }
 
-void ImageDownloader::onStateChanged(int id, download_state_e state, void* self)
+void ImageDownloader::_download_state_changed_cb(int id, download_state_e state, void* self)
 {
     const auto* const downloader = static_cast<const ImageDownloader*>(self);
     downloader->completeOnMainLoop(id, [downloader, id, state] {
@@ -167,7 +167,7 @@ void ImageDownloader::onStateChanged(int id, download_state_e state, void* self)
     });
 }
 
-void ImageDownloader::onProgress(int id, unsigned long long received, void* self)
+void ImageDownloader::_download_progress_cb(int id, unsigned long long received, void* self)
 {
     const auto* const downloader = static_cast<const ImageDownloader*>(self);
     downloader->completeOnMainLoop(id, [downloader, id, received] {

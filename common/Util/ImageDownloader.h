@@ -79,8 +79,8 @@ class ImageDownloader {
     static State convertDownloadState(download_state_e state);
 
   private:
-    static void onStateChanged(int id, download_state_e state, void* self);
-    static void onProgress(int id, unsigned long long received, void* self);
+    static void _download_state_changed_cb(int id, download_state_e state, void* self);
+    static void _download_progress_cb(int id, unsigned long long received, void* self);
     void completeOnMainLoop(int id, const std::function<void()>& completion) const;
 
     std::map<int, StateCallback> mStateCallbacks;
