@@ -118,7 +118,8 @@ try {
 // The server has nothing behind what came before the pause: all that was missing was its word for that.
 bool DownloadTransfer::isNothingMissing() const
 {
-    return from_ > 0 && contentSize_ == 0 && httpStatus_ == HttpRangeNotSatisfiable &&
+    return from_ > 0 && (contentSize_ == 0 || contentSize_ == from_) &&
+           httpStatus_ == HttpRangeNotSatisfiable &&
            header("Content-Range") == "bytes */" + std::to_string(from_);
 }
 

@@ -1,4 +1,6 @@
 // The second stretch of a download that was paused, at servers with minds of their own.
+#include <atomic>
+
 #include "DownloadFixture.h"
 
 namespace {
@@ -179,6 +181,40 @@ TEST_F(DownloadResume, WhereNothingIsMissingTheFileIsWhole)
     EXPECT_EQ(resume(download, DOWNLOAD_STATE_COMPLETED), kGood);
     EXPECT_EQ(contentOf(download.path()), picture.substr(0, picture.size() / 2));
     EXPECT_EQ(download.contentSize(), picture.size() / 2);
+}
+
+TEST_F(DownloadResume, AFileOfWhichOnlyTheEndOfTheAnswerWasMissingIsWhole)
+{
+    // All bytes come, but not the mark of their end; after another pause there are no more.
+    std::atomic<int> asked{0};
+    answer = [this, &asked](httplib::Response& response) {
+        if (++asked == 2) {
+            response.status = 416;
+            response.set_header("Content-Range", "bytes */300000");
+            return;
+        }
+        response.status = 206;
+        response.set_header("Content-Range", "bytes 150000-299999/300000");
+        response.set_chunked_content_provider("image/png", [this](size_t offset, httplib::DataSink& sink) {
+            if (offset == 0)
+                return sink.write(picture.data() + 150'000, 150'000);
+            released.wait();
+            return false;
+        });
+    };
+    TestDownload download;
+    start(download, "/changing");
+    for (const size_t size : {picture.size() / 2, picture.size()}) {
+        ASSERT_TRUE(download.heard.waitForProgress(size));
+        EXPECT_EQ(download_pause(download.id), DOWNLOAD_ERROR_NONE);
+        ASSERT_TRUE(download.heard.waitFor(DOWNLOAD_STATE_PAUSED));
+        download.heard.forget();
+        EXPECT_EQ(download_start(download.id), DOWNLOAD_ERROR_NONE);
+    }
+
+    ASSERT_TRUE(download.heard.waitFor(DOWNLOAD_STATE_COMPLETED));
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(contentOf(download.path()), picture);
 }
 
 TEST_F(DownloadResume, ASizeThatIsNotTheOneToldBeforeIsNoEnd)
