@@ -40,6 +40,9 @@ class DownloadTransfer {
     /** The file is there from its first to its last byte: no further stretch is needed. */
     bool isWhole() const { return isWhole_; }
 
+    /** Whether the file is where it was made; somebody may have removed it since it became whole. */
+    bool isStillThere() const { return file_.isStillThere(); }
+
     /** The file is the user's now. */
     void keepFile() { file_.keep(); }
 
