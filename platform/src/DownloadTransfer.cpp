@@ -232,6 +232,14 @@ std::string DownloadTransfer::mark() const
     return tag.empty() || tag.rfind("W/", 0) == 0 ? header("Last-Modified") : tag;
 }
 
+// The server was there to be asked, whether or not it answered.
+bool DownloadTransfer::wasAsked() const
+{
+    curl_off_t untilConnected = 0;
+    curl_easy_getinfo(handle_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilConnected);
+    return untilConnected > 0;
+}
+
 // What goes wrong before there is a connection counts as one that did not come in time, whatever the cause.
 download_error_e DownloadTransfer::errorOf(CURLcode result) const
 {
@@ -251,7 +259,7 @@ download_error_e DownloadTransfer::errorOf(CURLcode result) const
         case CURLE_COULDNT_CONNECT:
             return DOWNLOAD_ERROR_CONNECTION_TIMED_OUT;
         case CURLE_OPERATION_TIMEDOUT:
-            return hasBegun_ ? DOWNLOAD_ERROR_RESPONSE_TIMEOUT : DOWNLOAD_ERROR_CONNECTION_TIMED_OUT;
+            return wasAsked() ? DOWNLOAD_ERROR_RESPONSE_TIMEOUT : DOWNLOAD_ERROR_CONNECTION_TIMED_OUT;
         case CURLE_OUT_OF_MEMORY:
             return DOWNLOAD_ERROR_OUT_OF_MEMORY;
         default:

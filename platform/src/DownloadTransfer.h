@@ -72,6 +72,7 @@ class DownloadTransfer {
     bool beginRest();
     std::string header(const char* name) const;
     std::string mark() const;
+    bool wasAsked() const;
     download_error_e errorOf(CURLcode result) const;
 
     const DownloadOrder order_;
