@@ -163,7 +163,8 @@ TEST_F(DownloadCallbacks, AfterItsDestructionADownloadIsSilentWhateverWasGoingOn
         EXPECT_EQ(download_create(&id), DOWNLOAD_ERROR_NONE);
         EXPECT_EQ(download_set_progress_cb(id, countProgress, &count), DOWNLOAD_ERROR_NONE);
         begin(id, "/milk.png");
-        while (countsAtTheEnd.size() % 2 == 0 && count == 0)
+        const auto deadline = std::chrono::steady_clock::now() + TestSupport::Patience;
+        while (countsAtTheEnd.size() % 2 == 0 && count == 0 && std::chrono::steady_clock::now() < deadline)
             std::this_thread::yield();
         EXPECT_EQ(download_destroy(id), DOWNLOAD_ERROR_NONE);
         countsAtTheEnd.push_back(count);
