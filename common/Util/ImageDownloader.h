@@ -18,7 +18,9 @@ namespace Util {
  * To be used on the main loop only. What happens to a download is told there as well, by the functions given
  * to startDownload(): in order, 50 ms apart at least, and therefore later than it happened. They may use the
  * object, give up their own id and destroy the object. Once an id is given up or the object is gone they are
- * not called any more; something told for an id without a function is logged.
+ * not called any more; something told for an id without a function is logged. The functions are looked up
+ * when something is told: what is left of an earlier attempt goes to those of a newer startDownload() of the
+ * id.
  */
 class ImageDownloader {
   public:
