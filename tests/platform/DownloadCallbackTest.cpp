@@ -232,6 +232,41 @@ TEST_F(DownloadCallbacks, MayDestroyTheirOwnDownload)
     EXPECT_EQ(download_destroy(download.id), DOWNLOAD_ERROR_ID_NOT_FOUND);
 }
 
+TEST_F(DownloadCallbacks, OfAProgressMayDestroyItsDownloadHalfWay)
+{
+    Latch destroyed;
+    SteppedDownload download([](int, int) {});
+    static int result;
+    result = -1;
+    const auto destroy = [](int id, unsigned long long, void* latch) {
+        result = download_destroy(id);
+        static_cast<Latch*>(latch)->open();
+    };
+    EXPECT_EQ(download_set_progress_cb(download.id, destroy, &destroyed), DOWNLOAD_ERROR_NONE);
+    begin(download.id, "/halves.png");
+
+    ASSERT_TRUE(destroyed.wait());
+    EXPECT_EQ(result, DOWNLOAD_ERROR_NONE);
+    EXPECT_TRUE(waitUntilTheFolderIsEmpty());
+    EXPECT_EQ(download_destroy(download.id), DOWNLOAD_ERROR_ID_NOT_FOUND);
+}
+
+TEST_F(DownloadCallbacks, OfTheEndMayDestroyTheDownloadAndItsFileStays)
+{
+    Latch destroyed;
+    SteppedDownload download([&](int id, int state) {
+        if (state != DOWNLOAD_STATE_COMPLETED)
+            return;
+        EXPECT_EQ(download_destroy(id), DOWNLOAD_ERROR_NONE);
+        destroyed.open();
+    });
+    begin(download.id, "/milk.png");
+
+    ASSERT_TRUE(destroyed.wait());
+    letEverythingBeDelivered();
+    EXPECT_EQ(contentOf(folder + "/milk.png"), picture);
+}
+
 TEST_F(DownloadCallbacks, MayPauseResumeCancelAndStartAgain)
 {
     Latch completed;
