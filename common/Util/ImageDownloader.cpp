@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <Ecore.h>
+
 #include "AsyncThread.h"
 #include "ImageFolder.h"
 #include "Log.h"
@@ -18,6 +20,17 @@ Value valueOf(const std::map<int, Value>& values, int id)
 {
     const auto found = values.find(id);
     return found == values.end() ? Value() : found->second;
+}
+
+// The worker is never stopped, and brings to Ecore's loop what is told to the last. The reference is never
+// given back, so that the platform's ecore_shutdown() at the end of the app does not take Ecore away from
+// under it.
+bool makeWorker()
+{
+    if (!Singleton<AsyncThread>::mInstance && ecore_init() == 0)
+        return false;
+    Singleton<AsyncThread>::getInstance();
+    return true;
 }
 
 }  // namespace
@@ -64,14 +77,17 @@ int ImageDownloader::startDownload(int id, const char* url, StateCallback stateC
         return result;
     }
     // Here and not on the download service's thread, where the holder must not make anything.
-    Singleton<AsyncThread>::getInstance();
+    if (!makeWorker()) {
+        LOG_E("");
+        return DOWNLOAD_ERROR_SYSTEM_DOWN;
+    }
     mHeard.insert(id);
-    result = download_set_state_changed_cb(id, onStateChanged, this);
+    result = download_set_state_changed_cb(id, _download_state_changed_cb, this);
     if (result != DOWNLOAD_ERROR_NONE) {
         LOG_E("");
         return result;
     }
-    result = download_set_progress_cb(id, onProgress, this);
+    result = download_set_progress_cb(id, _download_progress_cb, this);
     if (result != DOWNLOAD_ERROR_NONE) {
         LOG_E("");
         return result;
@@ -142,7 +158,7 @@ ImageDownloader::State ImageDownloader::convertDownloadState(download_state_e st
     return isKnown ? static_cast<State>(state) : State::NONE;
 }
 
-void ImageDownloader::onStateChanged(int id, download_state_e state, void* self)
+void ImageDownloader::_download_state_changed_cb(int id, download_state_e state, void* self)
 {
     const auto* const downloader = static_cast<const ImageDownloader*>(self);
     downloader->completeOnMainLoop(id, [downloader, id, state] {
@@ -151,7 +167,7 @@ void ImageDownloader::onStateChanged(int id, download_state_e state, void* self)
     });
 }
 
-void ImageDownloader::onProgress(int id, unsigned long long received, void* self)
+void ImageDownloader::_download_progress_cb(int id, unsigned long long received, void* self)
 {
     const auto* const downloader = static_cast<const ImageDownloader*>(self);
     downloader->completeOnMainLoop(id, [downloader, id, received] {

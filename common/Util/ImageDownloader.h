@@ -18,7 +18,9 @@ namespace Util {
  * To be used on the main loop only. What happens to a download is told there as well, by the functions given
  * to startDownload(): in order, 50 ms apart at least, and therefore later than it happened. They may use the
  * object, give up their own id and destroy the object. Once an id is given up or the object is gone they are
- * not called any more; something told for an id without a function is logged.
+ * not called any more; something told for an id without a function is logged. The functions are looked up
+ * when something is told: what is left of an earlier attempt goes to those of a newer startDownload() of the
+ * id.
  */
 class ImageDownloader {
   public:
@@ -79,8 +81,8 @@ class ImageDownloader {
     static State convertDownloadState(download_state_e state);
 
   private:
-    static void onStateChanged(int id, download_state_e state, void* self);
-    static void onProgress(int id, unsigned long long received, void* self);
+    static void _download_state_changed_cb(int id, download_state_e state, void* self);
+    static void _download_progress_cb(int id, unsigned long long received, void* self);
     void completeOnMainLoop(int id, const std::function<void()>& completion) const;
 
     std::map<int, StateCallback> mStateCallbacks;

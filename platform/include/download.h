@@ -1,10 +1,11 @@
 // URL downloads: files fetched over HTTP in the background.
 //
-// Any thread may call. Calls return a download_error_e at once; what they set going is told to the callbacks,
-// which the download service calls on a thread of its own, one at a time, in the order of what happened. Once
-// download_destroy() or the callback's unset has returned, the callback is neither running nor called any
-// more; called from inside that callback they do not wait for it. A callback must not wait for another thread
-// that makes one of these calls.
+// Any thread may call. Calls return a download_error_e and do not wait for the network; those that
+// set or unset a callback or destroy the download wait for a callback of its that is running. What calls set
+// going is told to the callbacks, which the download service calls on a thread of its own, one at a time, in
+// the order of what happened. Once download_destroy() or the callback's unset has returned, the callback is
+// neither running nor called any more; called from inside that callback they do not wait for it. A callback
+// must not wait for another thread that makes one of these calls.
 #pragma once
 
 #include <tizen.h>
@@ -59,8 +60,8 @@ typedef enum DOWNLOAD_ANY_INT {
     DOWNLOAD_STATE_DOWNLOADING = 3,  // the file is coming
     DOWNLOAD_STATE_PAUSED = 4,       // what has come is kept
     DOWNLOAD_STATE_COMPLETED = 5,    // the file is there
-    DOWNLOAD_STATE_FAILED = 6,       // nothing is left on the disk; download_get_error() tells why
-    DOWNLOAD_STATE_CANCELED = 7      // nothing is left on the disk
+    DOWNLOAD_STATE_FAILED = 6,       // as CANCELED; download_get_error() tells why
+    DOWNLOAD_STATE_CANCELED = 7      // once this is told nothing is left on the disk
 } download_state_e;
 
 /** The networks that a download may use. */
@@ -80,7 +81,7 @@ typedef enum DOWNLOAD_ANY_INT {
  *  TOO_MANY_DOWNLOADS where 32 exist. */
 int download_create(int* download_id);
 
-/** Ends the download in any state, without a callback. Of an unfinished file nothing stays. */
+/** Ends the download in any state, without a callback. An unfinished file is removed soon after. */
 int download_destroy(int download_id);
 
 /* Settings: in READY, FAILED and CANCELED only. */

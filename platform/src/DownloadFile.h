@@ -31,6 +31,9 @@ class DownloadFile {
     /** Cuts the file to its @p size and closes it. IO_ERROR where somebody removed it in the meantime. */
     download_error_e finish(std::size_t size);
 
+    /** Whether the path still leads to this file. */
+    bool isStillThere() const;
+
     /** The file is the user's now. */
     void keep() { isKept_ = true; }
 
@@ -38,8 +41,6 @@ class DownloadFile {
     const std::string& path() const { return path_; }
 
   private:
-    bool isStillThere() const;
-
     int descriptor_ = -1;
     bool isKept_ = false;
     std::string path_;

@@ -279,7 +279,7 @@ void DownloadService::stopJobs()
 void DownloadService::go(Job& job)
 {
     if (job.transfer->isWhole()) {
-        conclude(job, DOWNLOAD_ERROR_NONE);
+        conclude(job, job.transfer->isStillThere() ? DOWNLOAD_ERROR_NONE : DOWNLOAD_ERROR_IO_ERROR);
         return;
     }
     const download_error_e error = job.transfer->go(multi_);

@@ -23,7 +23,8 @@ namespace HostPlatform {
  * back.
  *
  * One mutex guards every Download and the queue of events. It is held for single steps only: never while
- * libcurl or the disk is at work, and never during a callback. Transfers are the worker's alone.
+ * libcurl transfers or the disk is at work, and never during a callback; of libcurl only the worker's wake-up
+ * is called with it. Transfers are the worker's alone.
  *
  * The worker starts with the first download. When the process's static objects are destroyed it ends: a
  * callback that is running returns first, unfinished files are removed, and from then on nothing can be

@@ -1,6 +1,10 @@
 #include "DownloadTransfer.h"
 
+#include <charconv>
 #include <new>
+#include <optional>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace HostPlatform {
@@ -18,6 +22,39 @@ constexpr long HttpRangeNotSatisfiable = 416;
 bool isSuccess(long httpStatus)
 {
     return httpStatus >= 200 && httpStatus < 300;
+}
+
+struct ContentRange {
+    std::size_t first = 0;
+    std::size_t last = 0;
+    std::size_t total = 0;  // 0: not told
+};
+
+// These two take off what the text begins with; false where that is something else.
+
+bool takeWord(std::string_view& text, std::string_view word)
+{
+    if (text.substr(0, word.size()) != word)
+        return false;
+    text.remove_prefix(word.size());
+    return true;
+}
+
+bool takeNumber(std::string_view& text, std::size_t& number)
+{
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return error == std::errc();
+}
+
+// "bytes 100-299/300", or "/*" for a total that the server does not know.
+std::optional<ContentRange> contentRangeOf(std::string_view text)
+{
+    ContentRange range;
+    const bool isRead = takeWord(text, "bytes ") && takeNumber(text, range.first) && takeWord(text, "-") &&
+                        takeNumber(text, range.last) && takeWord(text, "/") &&
+                        (takeWord(text, "*") || takeNumber(text, range.total)) && text.empty();
+    return isRead ? std::optional<ContentRange>(range) : std::nullopt;
 }
 
 }  // namespace
@@ -68,6 +105,9 @@ try {
         failure_ = begin();
     if (failure_ == DOWNLOAD_ERROR_NONE && !isNothingMissing())
         failure_ = errorOf(result);
+    // Where the length of what came is not the connection's, only this tells.
+    if (failure_ == DOWNLOAD_ERROR_NONE && contentSize_ != 0 && received_ != contentSize_)
+        failure_ = DOWNLOAD_ERROR_CANNOT_RESUME;
     halt();
     return failure_ == DOWNLOAD_ERROR_NONE ? seal() : failure_;
 } catch (const std::bad_alloc&) {
@@ -78,7 +118,8 @@ try {
 // The server has nothing behind what came before the pause: all that was missing was its word for that.
 bool DownloadTransfer::isNothingMissing() const
 {
-    return from_ > 0 && contentSize_ == 0 && httpStatus_ == HttpRangeNotSatisfiable &&
+    return from_ > 0 && (contentSize_ == 0 || contentSize_ == from_) &&
+           httpStatus_ == HttpRangeNotSatisfiable &&
            header("Content-Range") == "bytes */" + std::to_string(from_);
 }
 
@@ -147,16 +188,34 @@ download_error_e DownloadTransfer::begin()
     const bool isPart = httpStatus_ == HttpPartialContent;
     if (!isSuccess(httpStatus_) || (isPart && from_ == 0))
         return DOWNLOAD_ERROR_UNHANDLED_HTTP_CODE;
-    if (isPart && header("Content-Range").rfind("bytes " + std::to_string(from_) + "-", 0) != 0)
+    if (isPart && !beginRest())
         return DOWNLOAD_ERROR_CANNOT_RESUME;
     if (!isPart)
-        received_ = 0;
-    curl_off_t coming = -1;
-    curl_easy_getinfo(handle_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &coming);
-    contentSize_ = coming < 0 ? 0 : received_ + static_cast<std::size_t>(coming);
+        beginAnew();
     mark_ = mark();
     hasBegun_ = true;
     return DOWNLOAD_ERROR_NONE;
+}
+
+void DownloadTransfer::beginAnew()
+{
+    curl_off_t coming = -1;
+    curl_easy_getinfo(handle_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &coming);
+    received_ = 0;
+    contentSize_ = coming < 0 ? 0 : static_cast<std::size_t>(coming);
+}
+
+// Another size than the one that was told before is that of another file.
+bool DownloadTransfer::beginRest()
+{
+    const std::optional<ContentRange> range = contentRangeOf(header("Content-Range"));
+    if (!range || range->first != from_)
+        return false;
+    const std::size_t total = range->total != 0 ? range->total : contentSize_;
+    if (total == 0 || range->last != total - 1 || (contentSize_ != 0 && contentSize_ != total))
+        return false;
+    contentSize_ = total;
+    return true;
 }
 
 std::string DownloadTransfer::header(const char* name) const
@@ -171,6 +230,14 @@ std::string DownloadTransfer::mark() const
 {
     const std::string tag = header("ETag");
     return tag.empty() || tag.rfind("W/", 0) == 0 ? header("Last-Modified") : tag;
+}
+
+// The server was there to be asked, whether or not it answered.
+bool DownloadTransfer::wasAsked() const
+{
+    curl_off_t untilConnected = 0;
+    curl_easy_getinfo(handle_.get(), CURLINFO_PRETRANSFER_TIME_T, &untilConnected);
+    return untilConnected > 0;
 }
 
 // What goes wrong before there is a connection counts as one that did not come in time, whatever the cause.
@@ -192,7 +259,7 @@ download_error_e DownloadTransfer::errorOf(CURLcode result) const
         case CURLE_COULDNT_CONNECT:
             return DOWNLOAD_ERROR_CONNECTION_TIMED_OUT;
         case CURLE_OPERATION_TIMEDOUT:
-            return hasBegun_ ? DOWNLOAD_ERROR_RESPONSE_TIMEOUT : DOWNLOAD_ERROR_CONNECTION_TIMED_OUT;
+            return wasAsked() ? DOWNLOAD_ERROR_RESPONSE_TIMEOUT : DOWNLOAD_ERROR_CONNECTION_TIMED_OUT;
         case CURLE_OUT_OF_MEMORY:
             return DOWNLOAD_ERROR_OUT_OF_MEMORY;
         default:

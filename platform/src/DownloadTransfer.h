@@ -40,6 +40,9 @@ class DownloadTransfer {
     /** The file is there from its first to its last byte: no further stretch is needed. */
     bool isWhole() const { return isWhole_; }
 
+    /** Whether the file is where it was made; somebody may have removed it since it became whole. */
+    bool isStillThere() const { return file_.isStillThere(); }
+
     /** The file is the user's now. */
     void keepFile() { file_.keep(); }
 
@@ -65,9 +68,11 @@ class DownloadTransfer {
     static std::size_t onBytes(char* bytes, std::size_t one, std::size_t count, void* self);
     download_error_e take(const char* bytes, std::size_t count);
     download_error_e begin();
-    download_error_e beginRest();
+    void beginAnew();
+    bool beginRest();
     std::string header(const char* name) const;
     std::string mark() const;
+    bool wasAsked() const;
     download_error_e errorOf(CURLcode result) const;
 
     const DownloadOrder order_;

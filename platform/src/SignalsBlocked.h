@@ -6,13 +6,15 @@
 
 namespace HostPlatform {
 
-/** Signals are the app's: a thread that starts while this is there gets none. */
+/** Signals are the app's: a thread that starts while this is there gets none but those of its own faults. */
 class SignalsBlocked {
   public:
     SignalsBlocked()
     {
         sigset_t all;
         sigfillset(&all);
+        for (int fault : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP})
+            sigdelset(&all, fault);
         pthread_sigmask(SIG_SETMASK, &all, &before_);
     }
     ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }

@@ -118,9 +118,11 @@ int download_set_destination(int download_id, const char* destination)
 
 int download_set_file_name(int download_id, const char* file_name)
 {
-    if (!file_name || !HostPlatform::isFileName(file_name))
+    if (!file_name)
         return DOWNLOAD_ERROR_INVALID_PARAMETER;
     return configure(download_id, [&](Download& download) {
+        if (!HostPlatform::isFileName(file_name))
+            return DOWNLOAD_ERROR_INVALID_PARAMETER;
         download.order.name = file_name;
         return DOWNLOAD_ERROR_NONE;
     });

@@ -163,7 +163,8 @@ TEST_F(DownloadCallbacks, AfterItsDestructionADownloadIsSilentWhateverWasGoingOn
         EXPECT_EQ(download_create(&id), DOWNLOAD_ERROR_NONE);
         EXPECT_EQ(download_set_progress_cb(id, countProgress, &count), DOWNLOAD_ERROR_NONE);
         begin(id, "/milk.png");
-        while (countsAtTheEnd.size() % 2 == 0 && count == 0)
+        const auto deadline = std::chrono::steady_clock::now() + TestSupport::Patience;
+        while (countsAtTheEnd.size() % 2 == 0 && count == 0 && std::chrono::steady_clock::now() < deadline)
             std::this_thread::yield();
         EXPECT_EQ(download_destroy(id), DOWNLOAD_ERROR_NONE);
         countsAtTheEnd.push_back(count);
@@ -229,6 +230,41 @@ TEST_F(DownloadCallbacks, MayDestroyTheirOwnDownload)
     letEverythingBeDelivered();
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(download_destroy(download.id), DOWNLOAD_ERROR_ID_NOT_FOUND);
+}
+
+TEST_F(DownloadCallbacks, OfAProgressMayDestroyItsDownloadHalfWay)
+{
+    Latch destroyed;
+    SteppedDownload download([](int, int) {});
+    static int result;
+    result = -1;
+    const auto destroy = [](int id, unsigned long long, void* latch) {
+        result = download_destroy(id);
+        static_cast<Latch*>(latch)->open();
+    };
+    EXPECT_EQ(download_set_progress_cb(download.id, destroy, &destroyed), DOWNLOAD_ERROR_NONE);
+    begin(download.id, "/halves.png");
+
+    ASSERT_TRUE(destroyed.wait());
+    EXPECT_EQ(result, DOWNLOAD_ERROR_NONE);
+    EXPECT_TRUE(waitUntilTheFolderIsEmpty());
+    EXPECT_EQ(download_destroy(download.id), DOWNLOAD_ERROR_ID_NOT_FOUND);
+}
+
+TEST_F(DownloadCallbacks, OfTheEndMayDestroyTheDownloadAndItsFileStays)
+{
+    Latch destroyed;
+    SteppedDownload download([&](int id, int state) {
+        if (state != DOWNLOAD_STATE_COMPLETED)
+            return;
+        EXPECT_EQ(download_destroy(id), DOWNLOAD_ERROR_NONE);
+        destroyed.open();
+    });
+    begin(download.id, "/milk.png");
+
+    ASSERT_TRUE(destroyed.wait());
+    letEverythingBeDelivered();
+    EXPECT_EQ(contentOf(folder + "/milk.png"), picture);
 }
 
 TEST_F(DownloadCallbacks, MayPauseResumeCancelAndStartAgain)

@@ -1,4 +1,6 @@
 // The second stretch of a download that was paused, at servers with minds of their own.
+#include <atomic>
+
 #include "DownloadFixture.h"
 
 namespace {
@@ -38,10 +40,26 @@ class DownloadResume : public Downloads {
         return download.heard.states();
     }
 
+    // What a rest that says it is that part comes to.
+    int errorOfPart(const std::string& contentRange, std::size_t size)
+    {
+        answer = [=](httplib::Response& response) {
+            response.status = 206;
+            response.set_header("Content-Range", contentRange);
+            response.set_content(std::string(size, 'x'), "image/png");
+        };
+        TestDownload download;
+        EXPECT_EQ(resume(download, DOWNLOAD_STATE_FAILED), kFailed) << contentRange;
+        EXPECT_EQ(files(), std::vector<std::string>()) << contentRange;
+        return download.error();
+    }
+
     std::vector<std::pair<std::string, std::string>> marks;
     Answer answer;
     bool isMeasured = true;  // the first request is told the picture's size
 };
+
+class DownloadPart : public DownloadResume, public testing::WithParamInterface<const char*> {};
 
 }  // namespace
 
@@ -92,6 +110,65 @@ TEST_F(DownloadResume, AnotherPartThanTheOneAskedForCannotBeUsed)
     EXPECT_EQ(files(), std::vector<std::string>());
 }
 
+TEST_F(DownloadResume, APartThatEndsBeforeTheFileDoesIsNotTheRest)
+{
+    EXPECT_EQ(errorOfPart("bytes 150000-199999/300000", 50'000), DOWNLOAD_ERROR_CANNOT_RESUME);
+    isMeasured = false;
+    EXPECT_EQ(errorOfPart("bytes 150000-199999/300000", 50'000), DOWNLOAD_ERROR_CANNOT_RESUME);
+    EXPECT_EQ(errorOfPart("bytes 150000-199999/*", 50'000), DOWNLOAD_ERROR_CANNOT_RESUME);
+}
+
+TEST_F(DownloadResume, TheRestOfAFileOfAnotherSizeIsNotUsed)
+{
+    EXPECT_EQ(errorOfPart("bytes 150000-299998/299999", 149'999), DOWNLOAD_ERROR_CANNOT_RESUME);
+    EXPECT_EQ(errorOfPart("bytes 150000-300000/300001", 150'001), DOWNLOAD_ERROR_CANNOT_RESUME);
+    EXPECT_EQ(errorOfPart("bytes 150000-199999/200000", 50'000), DOWNLOAD_ERROR_CANNOT_RESUME);
+}
+
+TEST_P(DownloadPart, ThatDoesNotSayWhichItIsIsNotUsed)
+{
+    EXPECT_EQ(errorOfPart(GetParam(), 150'000), DOWNLOAD_ERROR_CANNOT_RESUME);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ranges, DownloadPart,
+                         testing::Values("", "bytes", "bytes 150000-", "bytes 150000-299999",
+                                         "bytes 150000-299999/", "bytes 150000-/300000",
+                                         "bytes 150000-299999/300000 ?", "bytes -1-299999/300000",
+                                         "bytes 150000-18446744073709551615/0", "lines 150000-299999/300000",
+                                         "bytes 150000-99999999999999999999/300000"));
+
+TEST_F(DownloadResume, ARestThatIsShorterThanItSaysIsNoEnd)
+{
+    answer = [](httplib::Response& response) {
+        response.status = 206;
+        response.set_header("Content-Range", "bytes 150000-299999/300000");
+        response.set_chunked_content_provider("image/png", [](size_t, httplib::DataSink& sink) {
+            sink.write("short", 5);
+            sink.done();
+            return true;
+        });
+    };
+    TestDownload download;
+
+    EXPECT_EQ(resume(download, DOWNLOAD_STATE_FAILED).back(), DOWNLOAD_STATE_FAILED);
+    EXPECT_EQ(download.error(), DOWNLOAD_ERROR_CANNOT_RESUME);
+    EXPECT_EQ(files(), std::vector<std::string>());
+}
+
+TEST_F(DownloadResume, ARestOfAFileWhoseSizeOnlyTheFirstAnswerToldIsUsed)
+{
+    answer = [this](httplib::Response& response) {
+        response.status = 206;
+        response.set_header("Content-Range", "bytes 150000-299999/*");
+        response.set_content(picture.substr(150'000), "image/png");
+    };
+    TestDownload download;
+
+    EXPECT_EQ(resume(download, DOWNLOAD_STATE_COMPLETED), kGood);
+    EXPECT_EQ(contentOf(download.path()), picture);
+    EXPECT_EQ(download.contentSize(), picture.size());
+}
+
 TEST_F(DownloadResume, WhereNothingIsMissingTheFileIsWhole)
 {
     isMeasured = false;
@@ -104,6 +181,40 @@ TEST_F(DownloadResume, WhereNothingIsMissingTheFileIsWhole)
     EXPECT_EQ(resume(download, DOWNLOAD_STATE_COMPLETED), kGood);
     EXPECT_EQ(contentOf(download.path()), picture.substr(0, picture.size() / 2));
     EXPECT_EQ(download.contentSize(), picture.size() / 2);
+}
+
+TEST_F(DownloadResume, AFileOfWhichOnlyTheEndOfTheAnswerWasMissingIsWhole)
+{
+    // All bytes come, but not the mark of their end; after another pause there are no more.
+    std::atomic<int> asked{0};
+    answer = [this, &asked](httplib::Response& response) {
+        if (++asked == 2) {
+            response.status = 416;
+            response.set_header("Content-Range", "bytes */300000");
+            return;
+        }
+        response.status = 206;
+        response.set_header("Content-Range", "bytes 150000-299999/300000");
+        response.set_chunked_content_provider("image/png", [this](size_t offset, httplib::DataSink& sink) {
+            if (offset == 0)
+                return sink.write(picture.data() + 150'000, 150'000);
+            released.wait();
+            return false;
+        });
+    };
+    TestDownload download;
+    start(download, "/changing");
+    for (const size_t size : {picture.size() / 2, picture.size()}) {
+        ASSERT_TRUE(download.heard.waitForProgress(size));
+        EXPECT_EQ(download_pause(download.id), DOWNLOAD_ERROR_NONE);
+        ASSERT_TRUE(download.heard.waitFor(DOWNLOAD_STATE_PAUSED));
+        download.heard.forget();
+        EXPECT_EQ(download_start(download.id), DOWNLOAD_ERROR_NONE);
+    }
+
+    ASSERT_TRUE(download.heard.waitFor(DOWNLOAD_STATE_COMPLETED));
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(contentOf(download.path()), picture);
 }
 
 TEST_F(DownloadResume, ASizeThatIsNotTheOneToldBeforeIsNoEnd)

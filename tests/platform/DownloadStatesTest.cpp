@@ -43,12 +43,27 @@ int get(int id)
 const std::vector<int> kSettings = {kOk, kState, kState, kState, kState, kOk, kOk};
 const std::vector<int> kAlways(7, kOk);
 
+// What a setting answers to a value that it cannot take: the state is looked at before.
+std::vector<int> refused(int code)
+{
+    return {code, kState, kState, kState, kState, code, code};
+}
+
 const std::vector<Operation> kOperations = {
     {"set_url", [](int id) { return download_set_url(id, "http://localhost:1/"); }, kSettings},
     {"set_network_type", [](int id) { return download_set_network_type(id, DOWNLOAD_NETWORK_WIFI); },
      kSettings},
     {"set_destination", [](int id) { return download_set_destination(id, "/"); }, kSettings},
     {"set_file_name", [](int id) { return download_set_file_name(id, "a"); }, kSettings},
+    {"set_url_of_no_web", [](int id) { return download_set_url(id, "milk"); },
+     refused(DOWNLOAD_ERROR_INVALID_URL)},
+    {"set_network_type_unknown",
+     [](int id) { return download_set_network_type(id, static_cast<download_network_type_e>(4)); },
+     refused(DOWNLOAD_ERROR_INVALID_NETWORK_TYPE)},
+    {"set_destination_without_folder", [](int id) { return download_set_destination(id, "milk"); },
+     refused(DOWNLOAD_ERROR_INVALID_DESTINATION)},
+    {"set_file_name_with_folder", [](int id) { return download_set_file_name(id, "a/b"); },
+     refused(DOWNLOAD_ERROR_INVALID_PARAMETER)},
     {"set_state_changed_cb", [](int id) { return download_set_state_changed_cb(id, ignoreState, nullptr); },
      kSettings},
     {"set_progress_cb", [](int id) { return download_set_progress_cb(id, ignoreProgress, nullptr); },

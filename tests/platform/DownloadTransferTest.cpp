@@ -251,16 +251,6 @@ TEST_F(Downloads, APortWhereNobodyListensIsATimeOut)
     EXPECT_EQ(files(), std::vector<std::string>());
 }
 
-TEST_F(Downloads, AHostThatDoesNotExistIsATimeOut)
-{
-    TestDownload download;
-    EXPECT_EQ(download.start("http://no-such-host.invalid/milk.png", folder, "milk.png"),
-              DOWNLOAD_ERROR_NONE);
-
-    ASSERT_TRUE(download.heard.waitFor(DOWNLOAD_STATE_FAILED));
-    EXPECT_EQ(download.error(), DOWNLOAD_ERROR_CONNECTION_TIMED_OUT);
-}
-
 TEST_F(Downloads, ManyRunSideBySide)
 {
     std::vector<std::unique_ptr<TestDownload>> downloads;

@@ -55,6 +55,13 @@ void keep(std::map<int, Listener<Function>> Listeners::*map, int id, Listener<Fu
     (listeners().*map)[id] = listener;
 }
 
+void forget(int id)
+{
+    const std::lock_guard<std::mutex> lock(listeners().mutex);
+    listeners().state.erase(id);
+    listeners().progress.erase(id);
+}
+
 template <typename Function, typename Value>
 bool call(std::map<int, Listener<Function>> Listeners::*map, int id, Value value)
 {
@@ -109,7 +116,10 @@ int __wrap_download_create(int* id)
 
 int __wrap_download_destroy(int id)
 {
-    return observe("download_destroy", id, __real_download_destroy);
+    return observe("download_destroy", {std::to_string(id)}, [&] {
+        forget(id);
+        return __real_download_destroy(id);
+    });
 }
 
 int __wrap_download_set_url(int id, const char* url)
@@ -139,16 +149,20 @@ int __wrap_download_set_file_name(int id, const char* name)
 int __wrap_download_set_state_changed_cb(int id, download_state_changed_cb callback, void* userData)
 {
     return observe("download_set_state_changed_cb", {std::to_string(id), text(userData)}, [&] {
-        keep(&Listeners::state, id, {callback, userData});
-        return __real_download_set_state_changed_cb(id, callback, userData);
+        const int result = __real_download_set_state_changed_cb(id, callback, userData);
+        if (result == DOWNLOAD_ERROR_NONE)
+            keep(&Listeners::state, id, {callback, userData});
+        return result;
     });
 }
 
 int __wrap_download_set_progress_cb(int id, download_progress_cb callback, void* userData)
 {
     return observe("download_set_progress_cb", {std::to_string(id), text(userData)}, [&] {
-        keep(&Listeners::progress, id, {callback, userData});
-        return __real_download_set_progress_cb(id, callback, userData);
+        const int result = __real_download_set_progress_cb(id, callback, userData);
+        if (result == DOWNLOAD_ERROR_NONE)
+            keep(&Listeners::progress, id, {callback, userData});
+        return result;
     });
 }
 

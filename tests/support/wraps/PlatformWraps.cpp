@@ -22,6 +22,7 @@ decltype(ndd_manager_destroy) __real_ndd_manager_destroy, __wrap_ndd_manager_des
 decltype(ndd_bundle_create) __real_ndd_bundle_create, __wrap_ndd_bundle_create;
 decltype(ndd_bundle_add_int) __real_ndd_bundle_add_int, __wrap_ndd_bundle_add_int;
 decltype(ndd_bundle_destroy) __real_ndd_bundle_destroy, __wrap_ndd_bundle_destroy;
+decltype(ecore_init) __real_ecore_init, __wrap_ecore_init;
 decltype(ecore_main_loop_thread_safe_call_async) __real_ecore_main_loop_thread_safe_call_async,
     __wrap_ecore_main_loop_thread_safe_call_async;
 decltype(ecore_main_loop_thread_safe_call_sync) __real_ecore_main_loop_thread_safe_call_sync,
@@ -120,6 +121,11 @@ int __wrap_ndd_bundle_add_int(ndd_bundle_h bundle, const char* column, int value
 int __wrap_ndd_bundle_destroy(ndd_bundle_h bundle)
 {
     return observe("ndd_bundle_destroy", {}, [&] { return __real_ndd_bundle_destroy(bundle); });
+}
+
+int __wrap_ecore_init()
+{
+    return observe("ecore_init", {}, [] { return __real_ecore_init(); });
 }
 
 void __wrap_ecore_main_loop_thread_safe_call_async(Ecore_Cb callback, void* data)

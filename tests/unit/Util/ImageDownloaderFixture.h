@@ -24,16 +24,7 @@ class PlatformDownload : public ObservedTest {
     PlatformDownload()
     {
         server.answer("/missing.png", 404, "no such picture");
-        server.Get("/halves.png", [this](const httplib::Request&, httplib::Response& response) {
-            response.set_content_provider(picture.size(), "image/png",
-                                          [this](size_t offset, size_t, httplib::DataSink& sink) {
-                                              const size_t half = picture.size() / 2;
-                                              if (offset >= half)
-                                                  released.wait();
-                                              const size_t end = offset < half ? half : picture.size();
-                                              return sink.write(picture.data() + offset, end - offset);
-                                          });
-        });
+        halves(server, released);
         server.Get(".*", [this](const httplib::Request&, httplib::Response& response) {
             response.set_content(picture, "image/png");
         });
@@ -53,6 +44,21 @@ class PlatformDownload : public ObservedTest {
         }
         downloader = std::make_unique<Util::ImageDownloader>();
         downloader->clearAllDownloadedImages();
+    }
+
+    // A picture of which the second half comes when the latch is opened.
+    void halves(HttpServer& from, Latch& latch)
+    {
+        from.Get("/halves.png", [this, &latch](const httplib::Request&, httplib::Response& response) {
+            response.set_content_provider(picture.size(), "image/png",
+                                          [this, &latch](size_t offset, size_t, httplib::DataSink& sink) {
+                                              const size_t half = picture.size() / 2;
+                                              if (offset >= half)
+                                                  latch.wait();
+                                              const size_t end = offset < half ? half : picture.size();
+                                              return sink.write(picture.data() + offset, end - offset);
+                                          });
+        });
     }
 
     int init()

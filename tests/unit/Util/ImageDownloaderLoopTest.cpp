@@ -1,6 +1,7 @@
 // What a download tells on the main loop, and everybody who may be gone by then.
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 
@@ -120,7 +121,8 @@ TEST_F(PlatformDownload, ThePlatformsStatesOutsideOfTheListAreNone)
         expected.push_back(static_cast<State>(number));
     expected.push_back(State::NONE);
     // Those that end the loop end it early.
-    while (states.size() < expected.size())
+    const auto deadline = std::chrono::steady_clock::now() + TestSupport::Patience;
+    while (states.size() < expected.size() && std::chrono::steady_clock::now() < deadline)
         letEverythingComplete();
 
     EXPECT_EQ(states, expected);
@@ -264,29 +266,63 @@ TEST_F(PlatformDownload, SeveralIdsAreToldApart)
     const int one = init();
     const int other = init();
     std::vector<int> told;
-    const auto note = [&told](int id, State state, void* userData) {
+    int ofOne = 0;
+    int ofOther = 0;
+    const auto note = [&](int id, State state, void* userData) {
         if (state != State::COMPLETED)
             return;
         told.push_back(id);
-        EXPECT_EQ(userData, &told + id);
+        EXPECT_EQ(userData, id == one ? &ofOne : &ofOther);
         if (told.size() == 2)
             MainLoop::quit();
     };
-    downloader->startDownload(one, server.url("/milk.png").c_str(), note, ignoreProgress, &told + one);
-    downloader->startDownload(other, server.url("/milk.gif").c_str(), note, ignoreProgress, &told + other);
+    downloader->startDownload(one, server.url("/milk.png").c_str(), note, ignoreProgress, &ofOne);
+    downloader->startDownload(other, server.url("/milk.gif").c_str(), note, ignoreProgress, &ofOther);
     ASSERT_TRUE(loop.run());
 
     std::sort(told.begin(), told.end());
     EXPECT_EQ(told, (std::vector<int>{one, other}));
 }
 
-TEST_F(PlatformDownload, AProcessMayEndWhileOneIsUnderWay)
+TEST_F(PlatformDownload, AProcessMayEndWhileOneIsUnderWayAndTheWorkerHasMoreToBring)
 {
-    ChildProcess process({IMAGE_DOWNLOAD_PROBE, server.url("/halves.png")});
-    const ProcessEnd end = process.wait();
+    for (int round = 0; round < 30; ++round) {
+        Latch ended;
+        HttpServer own;
+        halves(own, ended);
+        own.start();
+        ChildProcess process({IMAGE_DOWNLOAD_PROBE, own.url("/halves.png"), std::to_string(round % 4)});
+        const ProcessEnd end = process.wait();
+        ended.open();
 
-    EXPECT_TRUE(end.inTime);
-    EXPECT_EQ(end.signal, 0) << process.errors();
-    EXPECT_EQ(end.status, 0) << process.errors();
-    EXPECT_NE(process.output().find("under way\n"), std::string::npos) << process.output();
+        EXPECT_TRUE(end.inTime);
+        EXPECT_EQ(end.signal, 0) << process.errors();
+        EXPECT_EQ(end.status, 0) << process.errors();
+        EXPECT_NE(process.output().find("under way\n"), std::string::npos) << process.output();
+    }
+}
+
+TEST_F(PlatformDownload, WithoutEcoreNothingStarts)
+{
+    const int id = init();
+    Calls::fail("ecore_init", 0);
+
+    EXPECT_EQ(start(id, server.url("/milk.png")), DOWNLOAD_ERROR_SYSTEM_DOWN);
+    EXPECT_EQ(Calls::count("download_set_state_changed_cb"), 0U);
+    EXPECT_EQ(Calls::count("download_start"), 0U);
+    EXPECT_EQ(Holder::mInstance, nullptr);
+    EXPECT_EQ(errorMessages(), List{""});
+    EXPECT_EQ(start(id, server.url("/milk.png")), 0);
+}
+
+TEST_F(PlatformDownload, TheWorkerComesWithOneReferenceToEcore)
+{
+    const int id = init();
+    Calls::reset();
+    start(id, server.url("/milk.png"));
+    ASSERT_TRUE(loop.run());
+    start(init(), server.url("/milk.gif"));
+    ASSERT_TRUE(loop.run());
+
+    EXPECT_EQ(Calls::count("ecore_init"), 1U);
 }

@@ -173,7 +173,15 @@ TEST_P(PlatformDownloadName, IsTheIdAndWhatTheAddressSuggests)
     EXPECT_EQ(start(id, server.url(GetParam().path)), 0);
 
     const std::string number = std::to_string(id);
-    EXPECT_EQ(callsOf("download_set_file_name"), List{number + " " + number + "." + GetParam().extension});
+    const std::string name = number + "." + GetParam().extension;
+    EXPECT_EQ(callsOf("download_set_file_name"), List{number + " " + name});
+    ASSERT_TRUE(loop.run());
+    char* path = nullptr;
+    EXPECT_EQ(downloader->getDownloadedImagePath(id, &path), 0);
+    ASSERT_NE(path, nullptr);
+    EXPECT_EQ(path, Util::imageFolder() + "/" + name);
+    EXPECT_EQ(contentOf(path), picture);
+    std::free(path);
 }
 
 INSTANTIATE_TEST_SUITE_P(
