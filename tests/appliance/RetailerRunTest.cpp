@@ -330,6 +330,25 @@ TEST_F(AnApplianceWithARetailer, TakesRequestsOfOthers)
     down();
 }
 
+// The thread that fetches the first search's second picture gives it up while the second search's is under
+// way.
+TEST_F(AnApplianceWithARetailer, DoesNotTakeAnEarlierSearchsFailureForItsOwn)
+{
+    up();
+    ChildProcess earlier({APPLIANCE_TOOL, "search", "--root", root_, "--retailer", "우유 ~image-stall=2"});
+    ASSERT_TRUE(earlier.waitForOutput("✓ badge   1")) << earlier.output();
+    const Ended search = on({"search", "--retailer", "--json", "흰우유 ~slow-images=4s"});
+    EXPECT_EQ(search.status, 0) << search.errors;
+    const nlohmann::json json = nlohmann::json::parse(search.output, nullptr, false);
+    ASSERT_TRUE(json.is_object()) << search.output;
+    EXPECT_EQ(json["picturesGivenUp"], nlohmann::json::array());
+    EXPECT_EQ(json["errors"], nlohmann::json::array());
+    EXPECT_TRUE(has(json["card"]["products"][1]["picture"], "/media/tmp/20."));
+    EXPECT_EQ(earlier.wait().status, 1);
+    EXPECT_TRUE(has(earlier.errors(), "a newer search took the card")) << earlier.errors();
+    down();
+}
+
 TEST_F(AnApplianceWithARetailer, EndsWellWithPicturesUnderWay)
 {
     up();
