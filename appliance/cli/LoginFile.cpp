@@ -83,10 +83,12 @@ void logOut(const fs::path& file)
     throw Failure(Exit::Failed, "the login file cannot be written: " + std::string(error.what()));
 }
 
-FileLock lockFor(EventLoop& loop, const fs::path& file, std::chrono::milliseconds limit)
+FileLock lockFor(EventLoop& loop, const fs::path& file, std::chrono::milliseconds limit,
+                 const std::function<void()>& onWait)
 {
     try {
-        return waitForLock(loop, lockOf(file), limit, "another search at the retailer is under way");
+        return waitForLock(loop, lockOf(file), limit,
+                           Failure(Exit::TimedOut, "another search at the retailer is under way"), onWait);
     } catch (const std::system_error& error) {
         failWith(error);
     }
@@ -99,8 +101,9 @@ fs::path loginFile()
     return CARVOY_RETAILER_LOGIN_FILE;
 }
 
-LoginHold::LoginHold(EventLoop& loop, fs::path file, bool loggedOut, std::chrono::milliseconds limit)
-    : file_(std::move(file)), lock_(lockFor(loop, file_, limit))
+LoginHold::LoginHold(EventLoop& loop, fs::path file, bool loggedOut, std::chrono::milliseconds limit,
+                     const std::function<void()>& onWait)
+    : file_(std::move(file)), lock_(lockFor(loop, file_, limit, onWait))
 {
     try {
         putBack(file_);

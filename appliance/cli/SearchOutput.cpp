@@ -20,6 +20,11 @@ void SearchOutput::print(const std::string& text)
     }
 }
 
+void SearchOutput::onQueued()
+{
+    progress_.show("waiting for another search at the retailer");
+}
+
 void SearchOutput::onAsked()
 {
     progress_.show("searching");

@@ -14,6 +14,7 @@ class SearchOutput : public SearchListener {
   public:
     explicit SearchOutput(bool quiet);
 
+    void onQueued() override;
     void onAsked() override;
     void onShown(const Ui::CardContent& card) override;
     void onPicture(const PictureName& picture, const std::string& path) override;

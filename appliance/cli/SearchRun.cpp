@@ -122,7 +122,8 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
       listener_(listener),
       end_(Clock::now() + options.limit),
       login_(isAtRetailer(options)
-                 ? std::make_unique<LoginHold>(loop, loginFile(), options.loggedOut, options.limit)
+                 ? std::make_unique<LoginHold>(loop, loginFile(), options.loggedOut, options.limit,
+                                               [&listener] { listener.onQueued(); })
                  : nullptr),
       stock_(isAtRetailer(options) ? std::make_unique<RetailerStock>() : nullptr),
       service_(processOf(root, options.source)),

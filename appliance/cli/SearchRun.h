@@ -30,6 +30,8 @@ using PictureName = std::pair<std::size_t, Ui::PictureKind>;
 class SearchListener {
   public:
     virtual ~SearchListener() = default;
+    // At the retailer, where another search has to be awaited first.
+    virtual void onQueued() = 0;
     virtual void onAsked() = 0;
     virtual void onShown(const Ui::CardContent& card) = 0;
     // Also after onPictureGivenUp(), which is then void.

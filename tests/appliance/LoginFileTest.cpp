@@ -103,6 +103,16 @@ TEST_F(ALoginFile, IsReadAsTheServiceReadsIt)
     EXPECT_EQ(hold.whyLoggedOut(), file_.string() + " cannot be read");
 }
 
+TEST_F(ALoginFile, TellsThatItHasToBeAwaited)
+{
+    int waits = 0;
+    const auto count = [&waits] { ++waits; };
+    const Tool::LoginHold hold(loop_, file_, false, 1s, count);
+    EXPECT_EQ(waits, 0);
+    EXPECT_THROW(Tool::LoginHold(loop_, file_, false, 1ms, count), Tool::Failure);
+    EXPECT_EQ(waits, 1);
+}
+
 TEST_F(ALoginFile, HasOneHolderAtATime)
 {
     {
@@ -111,7 +121,7 @@ TEST_F(ALoginFile, HasOneHolderAtATime)
             const Tool::LoginHold second(loop_, file_, true, 10ms);
             FAIL() << "two hold it";
         } catch (const Tool::Failure& failure) {
-            EXPECT_EQ(failure.status(), Tool::Exit::Failed);
+            EXPECT_EQ(failure.status(), Tool::Exit::TimedOut);
             EXPECT_STREQ(failure.what(), "another search at the retailer is under way");
         }
         EXPECT_EQ(content(), "login\n");

@@ -205,8 +205,9 @@ TEST_F(ARunAtTheRetailer, WaitsForAnotherSearchThere)
     Tool::EventLoop loop;
     const Tool::LoginHold other(loop, LoginFile, false, Patience);
     const Ended run = retailerRun({"--timeout", "0.2"});
-    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.status, 4);
     EXPECT_EQ(run.output, "");
+    EXPECT_TRUE(has(run.errors, "\nwaiting for another search at the retailer\n")) << run.errors;
     EXPECT_TRUE(has(run.errors, "appliance: another search at the retailer is under way\n")) << run.errors;
     const Ended atMerchant = tool({"run", "--no-pictures", "--no-say"});
     EXPECT_EQ(atMerchant.status, 0) << atMerchant.errors;
