@@ -26,7 +26,7 @@ class LoginHold {
     LoginHold(
         EventLoop& loop, std::filesystem::path file, bool loggedOut, std::chrono::milliseconds limit,
         const std::function<void()>& onWait = [] {});
-    // Puts back what was there.
+    // Puts back what was there, unless somebody has written to the file meanwhile.
     ~LoginHold();
     LoginHold(const LoginHold&) = delete;
     LoginHold& operator=(const LoginHold&) = delete;

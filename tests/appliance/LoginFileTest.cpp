@@ -130,6 +130,34 @@ TEST_F(ALoginFile, HasOneHolderAtATime)
     EXPECT_EQ(content(), "logout\n");
 }
 
+TEST_F(ALoginFile, StaysWhereSomebodyWritesItMeanwhile)
+{
+    write("before\n");
+    {
+        const Tool::LoginHold hold(loop_, file_, true, 1s);
+        write("meanwhile\n");
+    }
+    EXPECT_EQ(content(), "meanwhile\n");
+    EXPECT_EQ(files(), OnlyTheFile);
+    fs::rename(file_, file_.string() + ".kept");
+    write("after a kill\n");
+    const Tool::LoginHold hold(loop_, file_, false, 1s);
+    EXPECT_EQ(content(), "after a kill\n");
+    EXPECT_EQ(files(), OnlyTheFile);
+}
+
+TEST_F(ALoginFile, LeavesNothingOfAKilledWriter)
+{
+    write("login\n");
+    {
+        const Tool::LoginHold hold(loop_, file_, true, 1s);
+        std::ofstream(file_.string() + ".new") << "longer than what is written there";
+    }
+    const Tool::LoginHold hold(loop_, file_, true, 1s);
+    EXPECT_EQ(content(), "logout\n");
+    EXPECT_EQ(files(), (std::set<std::string>{"emartLoginStatus.txt", "emartLoginStatus.txt.kept"}));
+}
+
 // What a killed hold leaves is the file that it kept, and its own in the place of that or not yet.
 TEST_F(ALoginFile, IsPutBackAfterAKilledHold)
 {
