@@ -122,6 +122,7 @@ TEST_F(ARunAtTheRetailer, ShowsTheCardWithBothKindsOfPictures)
     const Ended run = retailerRun({"우유"});
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(withoutRoot(run.output), MilkRun);
+    EXPECT_LE(count(run.errors, "waiting for picture 6 of 6\n"), 1U) << run.errors;
     EXPECT_FALSE(fs::exists(rootIn(run.output)));
     EXPECT_EQ(loginContent(), "login\n");
 }
