@@ -28,8 +28,10 @@ class SearchOutput : public SearchListener {
 
   private:
     void print(const std::string& text);
+    void printDetail(const std::string& text);
 
     bool quiet_;
+    bool hasDetails_ = false;
     Style style_;
     Progress progress_;
 };

@@ -253,6 +253,8 @@ TEST_F(ARunAtTheRetailer, AwaitsNoPictureThatThereIsNot)
     EXPECT_EQ(odd.status, 0) << odd.errors;
     EXPECT_TRUE(has(odd.output, "at the retailer: 6 products")) << odd.output;
     EXPECT_FALSE(has(odd.output, "✓ "));
+    EXPECT_TRUE(has(odd.output, "\n\nStatus record")) << odd.output;
+    EXPECT_FALSE(has(odd.output, "\n\n\n")) << odd.output;
     const Ended withoutBadges = retailerRun({"크림 롤케이크"});
     EXPECT_EQ(withoutBadges.status, 0) << withoutBadges.errors;
     EXPECT_EQ(count(withoutBadges.output, "✓ picture"), 1U) << withoutBadges.output;
