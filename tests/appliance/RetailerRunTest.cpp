@@ -281,7 +281,13 @@ TEST_F(ARunAtTheRetailer, KnowsNeitherMerchantsNorVoice)
         refused({command, "--merchant", "freshmart", "--retailer", "우유"}, "--merchant excludes --retailer");
         refused({command, "--logged-out", "우유"}, "--logged-out requires --retailer");
     }
-    refused({"run", "--retailer", "--say", "check out"}, "excludes --");
+    refused({"run", "--retailer", "--say", "check out"},
+            "--say: voice chooses among what a merchant's search found, and excludes --retailer");
+    for (const char* command : {"run", "search"}) {
+        refused({command, "--retailer", ""}, "TERM: it is empty");
+        refused({command, ""}, "TERM: it is empty");
+        EXPECT_TRUE(has(tool({command, "--help"}).output, "--retailer --logged-out"));
+    }
     refused({"search", "--retailer"}, "TERM is required");
     EXPECT_TRUE(has(tool({"run", "--help"}).output, "--retailer"));
 }
