@@ -35,10 +35,13 @@ std::optional<FileLock> FileLock::take(const std::filesystem::path& file)
     }
     FileLock lock(fd);
     struct flock whole = wholeFile();
-    if (fcntl(fd, F_OFD_SETLK, &whole) != 0) {
-        return std::nullopt;
+    if (fcntl(fd, F_OFD_SETLK, &whole) == 0) {
+        return lock;
     }
-    return lock;
+    if (errno != EAGAIN && errno != EACCES) {
+        throw std::system_error(errno, std::generic_category(), file.string());
+    }
+    return std::nullopt;
 }
 
 bool FileLock::isTaken(const std::filesystem::path& file)

@@ -10,7 +10,7 @@ namespace Tool {
 class FileLock {
   public:
     // Makes the file where needed, in a folder that is there. Nothing when somebody holds the lock.
-    // Throws std::system_error when the file cannot be opened.
+    // Throws std::system_error when the file cannot be opened or locked.
     static std::optional<FileLock> take(const std::filesystem::path& file);
 
     // Whether somebody holds the lock, this process included.

@@ -3,12 +3,10 @@
 #include <optional>
 #include <utility>
 
-#include "Exit.h"
-
 namespace Tool {
 
 FileLock waitForLock(EventLoop& loop, const std::filesystem::path& file, std::chrono::milliseconds limit,
-                     const std::string& failure)
+                     const Failure& failure, const std::function<void()>& onWait)
 {
     using namespace std::chrono_literals;
     std::optional<FileLock> lock;
@@ -19,12 +17,15 @@ FileLock waitForLock(EventLoop& loop, const std::filesystem::path& file, std::ch
         }
         return lock.has_value();
     };
+    if (!take()) {
+        onWait();
+    }
     const Ticker again(50ms, [] {});  // nobody tells that a lock is free
     switch (loop.runUntil(take, limit)) {
         case EventLoop::Outcome::Done:
             break;
         case EventLoop::Outcome::TimedOut:
-            throw Failure(Exit::Failed, failure);
+            throw Failure(failure);
         case EventLoop::Outcome::Interrupted:
             throw Failure(Exit::Interrupted, "interrupted");
     }

@@ -67,6 +67,13 @@ std::string messageOf(const LogLine& line)
     return at == std::string::npos ? line.text : line.text.substr(at + arrow.size());
 }
 
+std::optional<int> threadOf(const LogLine& line)
+{
+    const std::size_t close = line.text.find("] ");
+    const bool hasForm = !line.text.empty() && line.text[0] == '[' && close != std::string::npos && close > 1;
+    return hasForm ? numberFrom<int>(std::string_view(line.text).substr(1, close - 1)) : std::nullopt;
+}
+
 bool isServiceError(const LogLine& line)
 {
     return line.priority == 'E' && line.tag == "carvoy-service";

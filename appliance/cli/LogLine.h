@@ -22,6 +22,9 @@ std::optional<LogLine> parseLogLine(const std::string& line);
 // The message itself, without the service's "[thread] file: function(line) > " in front of it.
 std::string messageOf(const LogLine& line);
 
+// The kernel's id of the service's thread that wrote the line; nothing for a line of another form.
+std::optional<int> threadOf(const LogLine& line);
+
 // Of the service, or of the retailer's, which logs by the same tag.
 bool isServiceError(const LogLine& line);
 

@@ -2,12 +2,13 @@
 
 #include <cerrno>
 #include <fstream>
+#include <iterator>
+#include <string>
 #include <system_error>
 #include <utility>
 
 #include "Exit.h"
 #include "LockWait.h"
-#include "RandomText.h"
 #include "SiteValues.h"
 
 namespace Tool {
@@ -16,14 +17,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Beside the login file, so that it can take its place in one step.
+const char LoggedOutText[] = "logout\n";
+
+// Beside the login file, so that it can take its place in one step. Only who has the lock writes there, and
+// what a killed one has left is written over.
 fs::path written(const fs::path& file, const std::string& text)
 {
-    constexpr std::size_t digits = 16;
     fs::path fresh = file;
-    fresh += "." + randomHex(digits);
+    fresh += ".new";
     std::ofstream out(fresh);
-    out << text << "\n";
+    out << text;
     out.close();
     if (!out) {
         const int error = errno;
@@ -51,10 +54,19 @@ fs::path keptOf(const fs::path& file)
     return kept;
 }
 
+bool isOurs(const fs::path& file)
+{
+    std::ifstream in(file);
+    return in && std::string(std::istreambuf_iterator<char>(in), {}) == LoggedOutText;
+}
+
+// What somebody has written meanwhile is newer than what was kept, and stays.
 void putBack(const fs::path& file)
 {
     std::error_code error;
-    fs::rename(keptOf(file), file, error);
+    if (isOurs(file)) {
+        fs::rename(keptOf(file), file, error);
+    }
     if (!error) {
         fs::remove(keptOf(file), error);  // still there where it was the file itself
     }
@@ -63,7 +75,7 @@ void putBack(const fs::path& file)
 void createIfMissing(const fs::path& file)
 {
     if (!fs::exists(file)) {
-        fs::rename(written(file, "login"), file);
+        fs::rename(written(file, "login\n"), file);
     }
 }
 
@@ -71,7 +83,7 @@ void logOut(const fs::path& file)
 {
     fs::create_hard_link(file, keptOf(file));
     try {
-        fs::rename(written(file, "logout"), file);
+        fs::rename(written(file, LoggedOutText), file);
     } catch (const std::system_error&) {
         putBack(file);
         throw;
@@ -83,10 +95,12 @@ void logOut(const fs::path& file)
     throw Failure(Exit::Failed, "the login file cannot be written: " + std::string(error.what()));
 }
 
-FileLock lockFor(EventLoop& loop, const fs::path& file, std::chrono::milliseconds limit)
+FileLock lockFor(EventLoop& loop, const fs::path& file, std::chrono::milliseconds limit,
+                 const std::function<void()>& onWait)
 {
     try {
-        return waitForLock(loop, lockOf(file), limit, "another search at the retailer is under way");
+        return waitForLock(loop, lockOf(file), limit,
+                           Failure(Exit::TimedOut, "another search at the retailer is under way"), onWait);
     } catch (const std::system_error& error) {
         failWith(error);
     }
@@ -99,8 +113,9 @@ fs::path loginFile()
     return CARVOY_RETAILER_LOGIN_FILE;
 }
 
-LoginHold::LoginHold(EventLoop& loop, fs::path file, bool loggedOut, std::chrono::milliseconds limit)
-    : file_(std::move(file)), lock_(lockFor(loop, file_, limit))
+LoginHold::LoginHold(EventLoop& loop, fs::path file, bool loggedOut, std::chrono::milliseconds limit,
+                     const std::function<void()>& onWait)
+    : file_(std::move(file)), lock_(lockFor(loop, file_, limit, onWait))
 {
     try {
         putBack(file_);

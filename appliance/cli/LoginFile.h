@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -20,10 +21,12 @@ std::filesystem::path loginFile();
 class LoginHold {
   public:
     // Waits for the one before and puts back what a killed one has left. Logs in where there is no file yet;
-    // what somebody wrote there stays, unless it is to be logged out meanwhile. Throws Failure: Failed, also
-    // where the file cannot be written; Interrupted.
-    LoginHold(EventLoop& loop, std::filesystem::path file, bool loggedOut, std::chrono::milliseconds limit);
-    // Puts back what was there.
+    // what somebody wrote there stays, unless it is to be logged out meanwhile. `onWait` is called where
+    // another holds it. Throws Failure: TimedOut; Interrupted; Failed where the file cannot be written.
+    LoginHold(
+        EventLoop& loop, std::filesystem::path file, bool loggedOut, std::chrono::milliseconds limit,
+        const std::function<void()>& onWait = [] {});
+    // Puts back what was there, unless somebody has written to the file meanwhile.
     ~LoginHold();
     LoginHold(const LoginHold&) = delete;
     LoginHold& operator=(const LoginHold&) = delete;

@@ -43,8 +43,11 @@ void Progress::show(const std::string& text)
 
 void Progress::clear()
 {
+    if (!live_) {
+        return;  // the line stays, and need not be repeated
+    }
     ticker_.reset();
-    if (live_ && !text_.empty()) {
+    if (!text_.empty()) {
         std::fputs("\r\x1B[K", stderr);
     }
     text_.clear();

@@ -20,6 +20,18 @@ void SearchOutput::print(const std::string& text)
     }
 }
 
+// What comes below the card, with a blank line between them.
+void SearchOutput::printDetail(const std::string& text)
+{
+    print((hasDetails_ ? "" : "\n") + text);
+    hasDetails_ = true;
+}
+
+void SearchOutput::onQueued()
+{
+    progress_.show("waiting for another search at the retailer");
+}
+
 void SearchOutput::onAsked()
 {
     progress_.show("searching");
@@ -27,17 +39,17 @@ void SearchOutput::onAsked()
 
 void SearchOutput::onShown(const Ui::CardContent& card)
 {
-    print(cardText(card, style_) + "\n");
+    print(cardText(card, style_));
 }
 
 void SearchOutput::onPicture(const PictureName& picture, const std::string& path)
 {
-    print(pictureText(picture.first, path, style_, picture.second));
+    printDetail(pictureText(picture.first, path, style_, picture.second));
 }
 
 void SearchOutput::onPictureGivenUp(const PictureName& picture, const std::string& reason)
 {
-    print(missingPictureText(picture.first, reason, style_, picture.second));
+    printDetail(missingPictureText(picture.first, reason, style_, picture.second));
 }
 
 void SearchOutput::onPicturesAwaited(std::size_t settled, std::size_t total)
@@ -48,10 +60,11 @@ void SearchOutput::onPicturesAwaited(std::size_t settled, std::size_t total)
 void SearchOutput::errors(const SearchResult& result)
 {
     if (!result.loginTrouble.empty()) {
-        print(style_.red("✗ ") + "not logged in at the retailer: " + printable(result.loginTrouble) + "\n");
+        printDetail(style_.red("✗ ") + "not logged in at the retailer: " + printable(result.loginTrouble) +
+                    "\n");
     }
     for (const std::string& error : result.errors) {
-        print(style_.red("✗ ") + error + "\n");
+        printDetail(style_.red("✗ ") + error + "\n");
     }
 }
 

@@ -14,6 +14,7 @@ class SearchOutput : public SearchListener {
   public:
     explicit SearchOutput(bool quiet);
 
+    void onQueued() override;
     void onAsked() override;
     void onShown(const Ui::CardContent& card) override;
     void onPicture(const PictureName& picture, const std::string& path) override;
@@ -27,8 +28,10 @@ class SearchOutput : public SearchListener {
 
   private:
     void print(const std::string& text);
+    void printDetail(const std::string& text);
 
     bool quiet_;
+    bool hasDetails_ = false;
     Style style_;
     Progress progress_;
 };

@@ -1,6 +1,9 @@
 #include "SearchRun.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -18,7 +21,12 @@ namespace Tool {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 using Clock = std::chrono::steady_clock;
+
+// After this time the service gives up a transfer, and a little more.
+constexpr std::chrono::milliseconds TransferLimit = 8s;
 
 using Ui::PictureKind;
 using Ui::Source;
@@ -42,6 +50,25 @@ std::optional<pid_t> processOf(const Root& root, Source source)
     return isKnown ? std::optional<pid_t>(session->processes.at(name)) : std::nullopt;
 }
 
+// All but the main one, which makes the searches; none where that cannot be told.
+std::set<int> downloadThreadsOf(std::optional<pid_t> process)
+{
+    std::set<int> threads;
+    if (!process) {
+        return threads;
+    }
+    try {
+        const std::string folder = "/proc/" + std::to_string(*process) + "/task";
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            threads.insert(std::atoi(entry.path().filename().c_str()));
+        }
+    } catch (const std::filesystem::filesystem_error&) {
+        // The service has just ended, and asking it will tell.
+    }
+    threads.erase(*process);
+    return threads;
+}
+
 class Search {
   public:
     Search(EventLoop& loop, const Root& root, const SearchOptions& options, SearchListener& listener);
@@ -52,10 +79,14 @@ class Search {
     void ask();
     void lookAtCard();
     void noteLine(const std::string& text);
+    void noteError(const LogLine& line);
+    void waitForPictures();
+    void believeDoubts();
     void report();
     void reportPicture(const PictureName& picture);
     bool isShown() const { return result_.card.state == Ui::CardState::Shown; }
     bool isComplete() const { return completeProducts() == result_.card.products.size(); }
+    bool isCompleteButForDoubts() const;
     std::size_t completeProducts() const;
     bool isSettled(const PictureName& picture) const;
     bool isAwaited(const PictureName& picture) const;
@@ -72,7 +103,13 @@ class Search {
     std::unique_ptr<LoginHold> login_;            // at the retailer, until the lists are shown
     std::unique_ptr<const RetailerStock> stock_;  // of the retailer
     std::optional<pid_t> service_;
-    std::set<PictureName> settled_;  // came or given up, once told
+    // Threads of earlier searches go on with this search's pictures once they are done with what they were
+    // at: what they give up may be this search's or not.
+    std::set<int> olderThreads_;
+    std::map<PictureName, std::string> doubts_;  // given up by one of them
+    std::map<int, std::string> causes_;          // the last error of each thread
+    std::set<PictureName> settled_;              // came or given up, once told
+    std::set<PictureName> came_;                 // of these
     SearchResult result_;
     LogFollower log_;
     FolderWatch screen_;
@@ -85,10 +122,12 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
       listener_(listener),
       end_(Clock::now() + options.limit),
       login_(isAtRetailer(options)
-                 ? std::make_unique<LoginHold>(loop, loginFile(), options.loggedOut, options.limit)
+                 ? std::make_unique<LoginHold>(loop, loginFile(), options.loggedOut, options.limit,
+                                               [&listener] { listener.onQueued(); })
                  : nullptr),
       stock_(isAtRetailer(options) ? std::make_unique<RetailerStock>() : nullptr),
       service_(processOf(root, options.source)),
+      olderThreads_(downloadThreadsOf(service_)),
       log_(root.platformLog(), endOf(root.platformLog()),
            [this](const std::string& line) { noteLine(line); }),
       screen_(root.screenFolder(), [this](const std::string& name) {
@@ -110,10 +149,29 @@ SearchResult Search::run()
         login_.reset();
     }
     if (options_.waitForPictures) {
-        waitFor([this] { return isComplete(); }, "not every picture came in time");
+        waitForPictures();
     }
     log_.readOn();
     return result_;
+}
+
+// The search's own thread comes to each picture in turn, and leaves out only what another has fetched for
+// this search. When nothing else is left it is therefore at the pictures in doubt, or has left them out.
+void Search::waitForPictures()
+{
+    waitFor([this] { return isCompleteButForDoubts(); }, "not every picture came in time");
+    const auto limit = std::min<std::chrono::milliseconds>(timeLeft(), TransferLimit * doubts_.size());
+    if (!isComplete() &&
+        loop_.runUntil([this] { return isComplete(); }, limit) == EventLoop::Outcome::Interrupted) {
+        throw Failure(Exit::Interrupted, "interrupted");
+    }
+    believeDoubts();
+}
+
+void Search::believeDoubts()
+{
+    result_.picturesGivenUp.merge(doubts_);
+    report();
 }
 
 void Search::ask()
@@ -146,13 +204,24 @@ void Search::noteLine(const std::string& text)
     if (!line || !isServiceError(*line) || line->pid != service_.value_or(line->pid)) {
         return;
     }
-    const auto picture = pictureGivenUp(*line);
-    if (picture && picture->source == options_.source) {
-        const std::string cause = result_.errors.empty() ? "" : ": " + result_.errors.back();
-        result_.picturesGivenUp[{picture->index, picture->kind}] = messageOf(*line) + cause;
-    }
-    result_.errors.push_back(messageOf(*line));
+    noteError(*line);
     report();
+}
+
+void Search::noteError(const LogLine& line)
+{
+    const int thread = threadOf(line).value_or(0);
+    const bool isOlder = olderThreads_.count(thread) > 0;
+    std::string& cause = causes_[thread];
+    const auto picture = pictureGivenUp(line);
+    if (picture && picture->source == options_.source) {
+        auto& givenUp = isOlder ? doubts_ : result_.picturesGivenUp;
+        givenUp[{picture->index, picture->kind}] = messageOf(line) + (cause.empty() ? "" : ": " + cause);
+    }
+    cause = messageOf(line);
+    if (!isOlder) {
+        result_.errors.push_back(cause);
+    }
 }
 
 // Pictures may be given up before the lists are shown; nothing is told of them until then.
@@ -177,15 +246,32 @@ void Search::report()
 void Search::reportPicture(const PictureName& picture)
 {
     const std::string& path = pathOf(result_.card.products[picture.first], picture.second);
+    if (!path.empty()) {
+        result_.picturesGivenUp.erase(picture);
+        doubts_.erase(picture);
+        settled_.insert(picture);
+        if (came_.insert(picture).second) {
+            listener_.onPicture(picture, path);
+        }
+        return;
+    }
     const auto givenUp = result_.picturesGivenUp.find(picture);
-    const bool isNew = settled_.count(picture) == 0;
-    if (isNew && !path.empty()) {
-        settled_.insert(picture);
-        listener_.onPicture(picture, path);
-    } else if (isNew && givenUp != result_.picturesGivenUp.end()) {
-        settled_.insert(picture);
+    if (givenUp != result_.picturesGivenUp.end() && settled_.insert(picture).second) {
         listener_.onPictureGivenUp(picture, givenUp->second);
     }
+}
+
+bool Search::isCompleteButForDoubts() const
+{
+    const auto isKnown = [this](const PictureName& name) {
+        return isSettled(name) || doubts_.count(name) > 0;
+    };
+    for (std::size_t i = 0; i < result_.card.products.size(); ++i) {
+        if (!isKnown({i, PictureKind::Product}) || !isKnown({i, PictureKind::Badge})) {
+            return false;
+        }
+    }
+    return true;
 }
 
 std::size_t Search::completeProducts() const

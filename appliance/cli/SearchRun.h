@@ -30,8 +30,11 @@ using PictureName = std::pair<std::size_t, Ui::PictureKind>;
 class SearchListener {
   public:
     virtual ~SearchListener() = default;
+    // At the retailer, where another search has to be awaited first.
+    virtual void onQueued() = 0;
     virtual void onAsked() = 0;
     virtual void onShown(const Ui::CardContent& card) = 0;
+    // Also after onPictureGivenUp(), which is then void.
     virtual void onPicture(const PictureName& picture, const std::string& path) = 0;
     virtual void onPictureGivenUp(const PictureName& picture, const std::string& reason) = 0;
     // `settled` counts the products whose pictures came or were given up.
@@ -41,7 +44,8 @@ class SearchListener {
 struct SearchResult {
     Ui::CardContent card;
     std::map<PictureName, std::string> picturesGivenUp;  // what the service logged
-    std::vector<std::string> errors;                     // the service's error lines during the search
+    // The service's error lines during the search, but for those of threads that were there before.
+    std::vector<std::string> errors;
     std::string loginTrouble;  // why the retailer's service found nothing without asking; else empty
 
     bool found() const { return !card.products.empty(); }

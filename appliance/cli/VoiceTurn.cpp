@@ -127,7 +127,8 @@ Turn::Turn(EventLoop& loop, const Root& root, const SayOptions& options)
     : loop_(loop),
       root_(root),
       options_(options),
-      lock_(waitForLock(loop, root.sayLockFile(), options.limit, "another sentence is under way")),
+      lock_(waitForLock(loop, root.sayLockFile(), options.limit,
+                        Failure(Exit::Failed, "another sentence is under way"))),
       names_(namesOnBus()),
       screen_(root.screenFolder(), [this](const std::string&) { look(); })
 {

@@ -1,5 +1,6 @@
 #include "Card.h"
 
+#include <algorithm>
 #include <charconv>
 #include <tuple>
 #include <utility>
@@ -89,23 +90,47 @@ void Card::start(Source source, const std::string& merchant, const std::string& 
     content_.merchant = merchant;
     content_.term = term;
     content_.products.clear();
+    earlier_ = awaited_.at(static_cast<std::size_t>(source));
+}
+
+void Card::noteAsked(Source source)
+{
+    ++awaited_.at(static_cast<std::size_t>(source));
+}
+
+// Whether it answers what was asked before the search under way.
+bool Card::noteAnswer(Source source)
+{
+    int& awaited = awaited_.at(static_cast<std::size_t>(source));
+    awaited = std::max(awaited - 1, 0);  // others may ask the services, too
+    const bool isEarlier = source == content_.source && earlier_ > 0;
+    earlier_ -= isEarlier ? 1 : 0;
+    return isEarlier;
+}
+
+// The retailer's service does not search for a user who is not logged in, and then knows of no term.
+bool Card::isOfNoSearch(const ProductLists& lists, std::size_t total) const
+{
+    const bool isRetailers = lists.source == Source::Retailer && content_.source == Source::Retailer;
+    return isRetailers && lists.term.empty() && total == 0;
 }
 
 std::optional<std::string> Card::showResult(const ProductLists& lists)
 {
+    const bool isEarlier = noteAnswer(lists.source);
     const std::optional<std::size_t> total = countFrom(lists.total);
     if (!total || *total > ProductsShown) {
         return "the number of products is \"" + lists.total + "\"";
     }
-    // The retailer's service does not search for a user who is not logged in, and then knows of no term.
-    const bool notSearched = lists.source == Source::Retailer && lists.term.empty() && *total == 0;
-    const std::string& term = notSearched && content_.source == lists.source ? content_.term : lists.term;
+    const bool isAnyTerms = isOfNoSearch(lists, *total) && !isEarlier;
+    const std::string term = isAnyTerms ? content_.term : lists.term;
     const bool sameSearch = std::tie(lists.source, lists.merchant, term) ==
                             std::tie(content_.source, content_.merchant, content_.term);
     if (content_.state == CardState::Searching && !sameSearch) {
         return "it belongs to another search";
     }
     ++content_.results;
+    earlier_ = 0;
     content_.state = CardState::Shown;
     content_.source = lists.source;
     content_.merchant = lists.merchant;

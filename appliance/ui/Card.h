@@ -1,6 +1,7 @@
 // The product card that the screen shows: what was searched, the products found, their pictures.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,9 +72,13 @@ class Card {
     void startSearch(const std::string& merchant, const std::string& term);
     void startRetailerSearch(const std::string& term);
 
+    // The service of that source was asked for its lists. It answers in the order in which it was asked.
+    void noteAsked(Source source);
+
     // All return why the message is ignored, or nothing when it was taken.
     // While a search is under way, lists of another source, merchant or term are an older search's: ignored.
-    // No lists and no term from the retailer are the answer to any term.
+    // No products and no term from the retailer are the answer to any term, once what the retailer's service
+    // was asked before that search is answered.
     std::optional<std::string> showResult(const ProductLists& lists);
     // Pictures of another source than the card's are an older search's, too.
     std::optional<std::string> notePicture(const std::string& number, const std::string& path);
@@ -87,9 +92,13 @@ class Card {
     void start(Source source, const std::string& merchant, const std::string& term);
     std::optional<std::string> note(Source source, PictureKind kind, const std::string& number,
                                     const std::string& path);
+    bool noteAnswer(Source source);
+    bool isOfNoSearch(const ProductLists& lists, std::size_t total) const;
     void replaceProducts(const ProductLists& lists, std::size_t total);
 
     CardContent content_;
+    std::array<int, 2> awaited_{};  // answers of each source's service
+    int earlier_ = 0;               // of these, what was asked before the search under way
 };
 
 }  // namespace Ui

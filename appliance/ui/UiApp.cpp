@@ -55,22 +55,6 @@ const char* serviceOf(Source source)
     return source == Source::Retailer ? RetailerServiceAppId : ServiceAppId;
 }
 
-int askForResult(Source source)
-{
-    return send({serviceOf(source), OperationResult, "", {}});
-}
-
-int askForSearch(const CardContent& card)
-{
-    Extras wanted;
-    if (card.source == Source::Merchant) {
-        wanted.texts[KeyMerchant] = card.merchant;
-    }
-    wanted.texts[KeySearchTerm] = card.term;
-    const int code = send({serviceOf(card.source), OperationSearch, "", wanted});
-    return code == APP_CONTROL_ERROR_NONE ? askForResult(card.source) : code;
-}
-
 const char NoSuchSource[] = "ignored: it is neither for a merchant nor for the retailer";
 
 }  // namespace
@@ -121,7 +105,7 @@ std::string UiApp::search(app_control_h message)
     confirmation_.drop();
     startSearch(*source, extras);
     save();  // before the tool hears of this card, so that it finds it
-    return answerSent(message, askForSearch(card_.content()));
+    return answerSent(message, askForSearch());
 }
 
 void UiApp::startSearch(Source source, const Extras& extras)
@@ -131,6 +115,27 @@ void UiApp::startSearch(Source source, const Extras& extras)
     } else {
         card_.startSearch(extras.text(KeyMerchant), extras.text(KeySearchTerm));
     }
+}
+
+int UiApp::askForSearch()
+{
+    const CardContent& card = card_.content();
+    Extras wanted;
+    if (card.source == Source::Merchant) {
+        wanted.texts[KeyMerchant] = card.merchant;
+    }
+    wanted.texts[KeySearchTerm] = card.term;
+    const int code = send({serviceOf(card.source), OperationSearch, "", wanted});
+    return code == APP_CONTROL_ERROR_NONE ? askForResult(card.source) : code;
+}
+
+int UiApp::askForResult(Source source)
+{
+    const int code = send({serviceOf(source), OperationResult, "", {}});
+    if (code == APP_CONTROL_ERROR_NONE) {
+        card_.noteAsked(source);
+    }
+    return code;
 }
 
 std::string UiApp::show(app_control_h message)

@@ -23,6 +23,8 @@ class UiApp : public Appliance::ScreenApp {
     void noteReceived(Appliance::Received received) override { card_.noteReceived(std::move(received)); }
     nlohmann::json content() const override;
 
+    int askForSearch();
+    int askForResult(Source source);
     std::string search(app_control_h message);
     std::string show(app_control_h message);
     std::string takeResult(app_control_h message, Source source);

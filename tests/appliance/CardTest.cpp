@@ -158,6 +158,37 @@ TEST(ACard, TakesNothingOfNoTermFromNobodyElse)
     EXPECT_NE(card.showResult(some), std::nullopt);
 }
 
+TEST(ACard, TakesNothingOfNoTermForNoEarlierAnswer)
+{
+    Card card;
+    card.startRetailerSearch("두부");
+    card.noteAsked(Source::Retailer);
+    card.noteAsked(Source::Retailer);
+    card.noteAsked(Source::Merchant);
+    card.startRetailerSearch("우유");
+    card.noteAsked(Source::Retailer);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(card.showResult(nothingOfNoTerm()), "it belongs to another search");
+    }
+    EXPECT_EQ(card.content().state, CardState::Searching);
+    EXPECT_EQ(card.showResult(nothingOfNoTerm()), std::nullopt);
+    EXPECT_EQ(card.content().term, "우유");
+}
+
+TEST(ACard, CountsOnlyTheAnswersThatItAwaits)
+{
+    Card card = shownRetailerCard();  // lists that nobody asked for
+    card.noteAsked(Source::Retailer);
+    card.startRetailerSearch("두부");
+    card.noteAsked(Source::Retailer);
+    EXPECT_EQ(card.showResult(threeMilks()), "it belongs to another search");
+    EXPECT_EQ(card.showResult(nothingOfNoTerm()), "it belongs to another search");
+    EXPECT_EQ(card.showResult(nothingOfNoTerm()), std::nullopt);
+    card.startRetailerSearch("콩");
+    EXPECT_EQ(card.showResult(nothingOfNoTerm()), std::nullopt);
+    EXPECT_EQ(card.content().term, "콩");
+}
+
 TEST(ACard, ShowsAnEmptyResult)
 {
     Card card;

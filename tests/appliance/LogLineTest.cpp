@@ -18,6 +18,7 @@ TEST(ALogLine, IsReadPartByPart)
     EXPECT_EQ(line->pid, 4711);
     EXPECT_EQ(line->text, "[4712] SearchControl.cpp: operator()(407) > Failed to startDownload for index 3");
     EXPECT_EQ(Tool::messageOf(*line), "Failed to startDownload for index 3");
+    EXPECT_EQ(Tool::threadOf(*line), 4712);
     EXPECT_TRUE(Tool::isServiceError(*line));
 }
 
@@ -35,6 +36,15 @@ TEST(ALogLine, OfAnotherFormIsNone)
     for (const char* text :
          {"", "hello", "E carvoy-service( 1): x", "X/tag( 1): x", "E/tag( x): x", "E/tag(1)"}) {
         EXPECT_FALSE(Tool::parseLogLine(text)) << text;
+    }
+}
+
+TEST(ALogLine, MayTellNoThread)
+{
+    for (const char* text : {"", "[", "[]", "[] x", "[-1] x", "[x] x", "[12x] x", "[12]", "x [12] y"}) {
+        const auto line = Tool::parseLogLine(std::string("E/carvoy-service( 1): ") + text);
+        ASSERT_TRUE(line) << text;
+        EXPECT_EQ(Tool::threadOf(*line), std::nullopt) << text;
     }
 }
 

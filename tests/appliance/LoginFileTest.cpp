@@ -103,6 +103,16 @@ TEST_F(ALoginFile, IsReadAsTheServiceReadsIt)
     EXPECT_EQ(hold.whyLoggedOut(), file_.string() + " cannot be read");
 }
 
+TEST_F(ALoginFile, TellsThatItHasToBeAwaited)
+{
+    int waits = 0;
+    const auto count = [&waits] { ++waits; };
+    const Tool::LoginHold hold(loop_, file_, false, 1s, count);
+    EXPECT_EQ(waits, 0);
+    EXPECT_THROW(Tool::LoginHold(loop_, file_, false, 1ms, count), Tool::Failure);
+    EXPECT_EQ(waits, 1);
+}
+
 TEST_F(ALoginFile, HasOneHolderAtATime)
 {
     {
@@ -111,13 +121,41 @@ TEST_F(ALoginFile, HasOneHolderAtATime)
             const Tool::LoginHold second(loop_, file_, true, 10ms);
             FAIL() << "two hold it";
         } catch (const Tool::Failure& failure) {
-            EXPECT_EQ(failure.status(), Tool::Exit::Failed);
+            EXPECT_EQ(failure.status(), Tool::Exit::TimedOut);
             EXPECT_STREQ(failure.what(), "another search at the retailer is under way");
         }
         EXPECT_EQ(content(), "login\n");
     }
     const Tool::LoginHold next(loop_, file_, true, 1s);
     EXPECT_EQ(content(), "logout\n");
+}
+
+TEST_F(ALoginFile, StaysWhereSomebodyWritesItMeanwhile)
+{
+    write("before\n");
+    {
+        const Tool::LoginHold hold(loop_, file_, true, 1s);
+        write("meanwhile\n");
+    }
+    EXPECT_EQ(content(), "meanwhile\n");
+    EXPECT_EQ(files(), OnlyTheFile);
+    fs::rename(file_, file_.string() + ".kept");
+    write("after a kill\n");
+    const Tool::LoginHold hold(loop_, file_, false, 1s);
+    EXPECT_EQ(content(), "after a kill\n");
+    EXPECT_EQ(files(), OnlyTheFile);
+}
+
+TEST_F(ALoginFile, LeavesNothingOfAKilledWriter)
+{
+    write("login\n");
+    {
+        const Tool::LoginHold hold(loop_, file_, true, 1s);
+        std::ofstream(file_.string() + ".new") << "longer than what is written there";
+    }
+    const Tool::LoginHold hold(loop_, file_, true, 1s);
+    EXPECT_EQ(content(), "logout\n");
+    EXPECT_EQ(files(), (std::set<std::string>{"emartLoginStatus.txt", "emartLoginStatus.txt.kept"}));
 }
 
 // What a killed hold leaves is the file that it kept, and its own in the place of that or not yet.

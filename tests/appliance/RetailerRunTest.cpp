@@ -122,6 +122,7 @@ TEST_F(ARunAtTheRetailer, ShowsTheCardWithBothKindsOfPictures)
     const Ended run = retailerRun({"우유"});
     EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(withoutRoot(run.output), MilkRun);
+    EXPECT_LE(count(run.errors, "waiting for picture 6 of 6\n"), 1U) << run.errors;
     EXPECT_FALSE(fs::exists(rootIn(run.output)));
     EXPECT_EQ(loginContent(), "login\n");
 }
@@ -205,8 +206,9 @@ TEST_F(ARunAtTheRetailer, WaitsForAnotherSearchThere)
     Tool::EventLoop loop;
     const Tool::LoginHold other(loop, LoginFile, false, Patience);
     const Ended run = retailerRun({"--timeout", "0.2"});
-    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.status, 4);
     EXPECT_EQ(run.output, "");
+    EXPECT_TRUE(has(run.errors, "\nwaiting for another search at the retailer\n")) << run.errors;
     EXPECT_TRUE(has(run.errors, "appliance: another search at the retailer is under way\n")) << run.errors;
     const Ended atMerchant = tool({"run", "--no-pictures", "--no-say"});
     EXPECT_EQ(atMerchant.status, 0) << atMerchant.errors;
@@ -251,6 +253,8 @@ TEST_F(ARunAtTheRetailer, AwaitsNoPictureThatThereIsNot)
     EXPECT_EQ(odd.status, 0) << odd.errors;
     EXPECT_TRUE(has(odd.output, "at the retailer: 6 products")) << odd.output;
     EXPECT_FALSE(has(odd.output, "✓ "));
+    EXPECT_TRUE(has(odd.output, "\n\nStatus record")) << odd.output;
+    EXPECT_FALSE(has(odd.output, "\n\n\n")) << odd.output;
     const Ended withoutBadges = retailerRun({"크림 롤케이크"});
     EXPECT_EQ(withoutBadges.status, 0) << withoutBadges.errors;
     EXPECT_EQ(count(withoutBadges.output, "✓ picture"), 1U) << withoutBadges.output;
@@ -277,7 +281,13 @@ TEST_F(ARunAtTheRetailer, KnowsNeitherMerchantsNorVoice)
         refused({command, "--merchant", "freshmart", "--retailer", "우유"}, "--merchant excludes --retailer");
         refused({command, "--logged-out", "우유"}, "--logged-out requires --retailer");
     }
-    refused({"run", "--retailer", "--say", "check out"}, "excludes --");
+    refused({"run", "--retailer", "--say", "check out"},
+            "--say: voice chooses among what a merchant's search found, and excludes --retailer");
+    for (const char* command : {"run", "search"}) {
+        refused({command, "--retailer", ""}, "TERM: it is empty");
+        refused({command, ""}, "TERM: it is empty");
+        EXPECT_TRUE(has(tool({command, "--help"}).output, "--retailer --logged-out"));
+    }
     refused({"search", "--retailer"}, "TERM is required");
     EXPECT_TRUE(has(tool({"run", "--help"}).output, "--retailer"));
 }
@@ -327,6 +337,25 @@ TEST_F(AnApplianceWithARetailer, TakesRequestsOfOthers)
     ASSERT_TRUE(card.is_object()) << result.output;
     EXPECT_EQ(card["term"], "흰우유");
     EXPECT_EQ(card["total"], 2);
+    down();
+}
+
+// The thread that fetches the first search's second picture gives it up while the second search's is under
+// way.
+TEST_F(AnApplianceWithARetailer, DoesNotTakeAnEarlierSearchsFailureForItsOwn)
+{
+    up();
+    ChildProcess earlier({APPLIANCE_TOOL, "search", "--root", root_, "--retailer", "우유 ~image-stall=2"});
+    ASSERT_TRUE(earlier.waitForOutput("✓ badge   1")) << earlier.output();
+    const Ended search = on({"search", "--retailer", "--json", "흰우유 ~slow-images=4s"});
+    EXPECT_EQ(search.status, 0) << search.errors;
+    const nlohmann::json json = nlohmann::json::parse(search.output, nullptr, false);
+    ASSERT_TRUE(json.is_object()) << search.output;
+    EXPECT_EQ(json["picturesGivenUp"], nlohmann::json::array());
+    EXPECT_EQ(json["errors"], nlohmann::json::array());
+    EXPECT_TRUE(has(json["card"]["products"][1]["picture"], "/media/tmp/20."));
+    EXPECT_EQ(earlier.wait().status, 1);
+    EXPECT_TRUE(has(earlier.errors(), "a newer search took the card")) << earlier.errors();
     down();
 }
 

@@ -368,6 +368,31 @@ TEST_F(TheUiApp, ShowsTheRetailersListsAndConfirmsThem)
     EXPECT_EQ(card->products[1].size, "");
 }
 
+// A user who was logged out: the answer to an earlier request comes while a search is under way.
+TEST_F(TheUiApp, DoesNotTakeAnEarlierEmptyAnswerForItsSearch)
+{
+    start();
+    searchAtRetailer("zz");
+    fromRetailer(OperationResult, 1, retailerResult("", "0"));
+    ASSERT_EQ(tool_->launch(UiAppId, OperationShow, 0, retailerSearch("")), "");
+    ASSERT_TRUE(retailer_->nextLaunch());
+    ASSERT_EQ(tool_->launch(UiAppId, OperationSearch, 0, retailerSearch("우유")), "");
+    ASSERT_TRUE(retailer_->nextLaunch());
+    ASSERT_TRUE(retailer_->nextLaunch());
+    fromRetailer(OperationResult, 2, retailerResult("", "0"));
+    const auto waiting = cardAfter(5);
+    ASSERT_TRUE(waiting);
+    EXPECT_EQ(waiting->state, Ui::CardState::Searching);
+    EXPECT_EQ(waiting->messages.back().outcome, "ignored: it belongs to another search");
+    fromRetailer(OperationResult, 3, retailerResult("우유", "2"));
+    EXPECT_EQ(retailer_->nextReply()->id, 1U);
+    EXPECT_EQ(retailer_->nextReply()->id, 3U);
+    const auto card = cardAfter(6);
+    ASSERT_TRUE(card);
+    EXPECT_EQ(card->term, "우유");
+    EXPECT_EQ(card->products.size(), 2U);
+}
+
 TEST_F(TheUiApp, NotesBothPicturesOfTheRetailersProducts)
 {
     start();

@@ -235,22 +235,27 @@ void addRunCommand(CLI::App& app, Action& chosen)
     CLI::App* command =
         app.add_subcommand("run", "Start everything, search, choose a product by voice, end everything");
     addSearchArguments(*command, arguments->search)->default_str("milk");
-    CLI::Option* say =
-        command
-            ->add_option("--say", arguments->sentence,
-                         "What is said in the end (else: show me the second one, or the only one)")
-            ->type_name("SENTENCE")
-            ->check(notEmpty());
-    say->excludes("--retailer");
+    command
+        ->add_option("--say", arguments->sentence,
+                     "What is said in the end (else: show me the second one, or the only one)")
+        ->type_name("SENTENCE")
+        ->check(notEmpty());
     command->add_flag("--no-say", arguments->withoutSaying, "Say nothing in the end")->excludes("--say");
     command->footer(
         "Examples:\n"
         "  appliance run\n"
         "  appliance run --merchant greengrocer apple\n"
         "  appliance run --retailer 우유\n"
+        "  appliance run --retailer --logged-out\n"
         "  appliance run --say \"show me number 3\" bread\n"
         "  appliance run \"milk ~slow-images ~image-404=2\"\n");
-    command->callback([arguments, &chosen] { chosen = [arguments] { return run(*arguments); }; });
+    command->callback([arguments, &chosen] {
+        if (arguments->search.atRetailer && !arguments->sentence.empty()) {
+            throw CLI::ValidationError(
+                "--say", "voice chooses among what a merchant's search found, and excludes --retailer");
+        }
+        chosen = [arguments] { return run(*arguments); };
+    });
 }
 
 }  // namespace Tool

@@ -32,7 +32,8 @@ CLI::Option* addSearchArguments(CLI::App& command, SearchArguments& arguments)
     addTimeoutOption(command, arguments.limit, "Seconds to wait for all of the search");
     command.add_flag("--no-pictures", arguments.withoutPictures, "Do not wait for the pictures");
     command.add_flag("--json", arguments.json, "One JSON object on standard output, nothing else");
-    return addTexts(command, "TERM", arguments.term, "What to search for; several words are one term");
+    return addTexts(command, "TERM", arguments.term, "What to search for; several words are one term")
+        ->check(notEmpty());
 }
 
 }  // namespace Tool

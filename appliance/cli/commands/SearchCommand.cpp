@@ -38,7 +38,8 @@ void addSearchCommand(CLI::App& app, Action& chosen)
         "Examples:\n"
         "  appliance search milk\n"
         "  appliance search --merchant greengrocer \"apple ~delay=3s\"\n"
-        "  appliance search --retailer 우유\n");
+        "  appliance search --retailer 우유\n"
+        "  appliance search --retailer --logged-out 우유\n");
     command->callback(
         [root, arguments, &chosen] { chosen = [root, arguments] { return search(*root, *arguments); }; });
 }
