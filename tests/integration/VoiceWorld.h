@@ -15,6 +15,11 @@ namespace ServiceTest {
 
 /** Starts with both apps on the bus and without the service. */
 class VoiceWorld : public ServiceWorld {
+    // Before the apps, whose threads use them until the end.
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<std::string> arrived_;
+
   protected:
     using Texts = std::vector<std::string>;
 
@@ -44,10 +49,6 @@ class VoiceWorld : public ServiceWorld {
 
   private:
     std::unique_ptr<TestSupport::RawPeer> newApp(const std::string& appId, const std::string& name);
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    Texts arrived_;
 };
 
 }  // namespace ServiceTest
