@@ -189,8 +189,10 @@ void AppPort::onLaunched(std::uint32_t id, const Answer::Giver& answer, const sd
     }
     if (pending != pending_.end())
         pending_.erase(pending);
-    // A connection that ends answers its calls with the error of a time-out, only too early.
-    const bool cutOff = reply.getSender() == LocalSender && Clock::now() < deadline;
+    // A connection that ends answers its calls with the error of a time-out, only too early: in its own name,
+    // or in the bus's with words that the bus does not use.
+    const bool isLocal = reply.getSender() == LocalSender && Clock::now() < deadline;
+    const bool cutOff = isLocal || error->getMessage() == "Connection terminated";
     answer->give(cutOff ? APP_CONTROL_ERROR_IO_ERROR : codeOf(error->getName()));
 }
 
