@@ -1,8 +1,11 @@
 // Who calls back, on which thread, and that nobody does once that was taken back.
 #include <signal.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <fstream>
 #include <functional>
+#include <string>
 #include <thread>
 
 #include "DownloadFixture.h"
@@ -19,6 +22,15 @@ void runStep(int id, download_state_e state, void* step)
 void countProgress(int, unsigned long long, void* count)
 {
     ++*static_cast<std::atomic<int>*>(count);
+}
+
+// Whether a thread of this process waits for something, as the kernel sees it.
+bool isAsleep(pid_t thread)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string stat;
+    std::getline(file, stat);
+    return stat.find(") S ") != std::string::npos;
 }
 
 // A download whose state callback is the step.
@@ -147,10 +159,17 @@ TEST_F(DownloadCallbacks, UnsettingWaitsForTheOneThatIsRunning)
     });
     begin(download.id, "/silent.png");
     ASSERT_TRUE(entered.wait());
-    std::thread other([&] { goesOn.open(); });
+    std::atomic<bool> isUnsetting{false};
+    std::thread other([&, unsetter = gettid()] {
+        const auto deadline = std::chrono::steady_clock::now() + TestSupport::Patience;
+        while (!(isUnsetting && isAsleep(unsetter)) && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+        goesOn.open();
+    });
 
+    isUnsetting = true;
     EXPECT_EQ(download_unset_state_changed_cb(download.id), DOWNLOAD_ERROR_NONE);
-    EXPECT_TRUE(isOver);
+    EXPECT_TRUE(isOver) << "the callback goes on only once this thread waits for it";
     other.join();
 }
 
