@@ -9,17 +9,26 @@ cd "$1"
 forbid()
 {
     local folder=$1
-    shift
-    local file header place
-    while IFS=: read -r file header; do
-        [ -z "$(find "$folder" -name "${header##*/}")" ] || continue
-        for place in "$@"; do
-            if find "$place" -name "${header##*/}" | grep -q .; then
-                echo "$file must not include $header, which lies in $place"
-            fi
+    {
+        find "$folder" -type f -printf 'own %f\n'
+        local place
+        for place in "${@:2}"; do
+            find "$place" -type f -printf "foreign %f $place\n"
         done
-    done < <(grep -rnoE '^ *#include ["<][^">]+' "$folder" --include='*.cpp' --include='*.h' |
-        sed -E 's/^([^:]+):[0-9]+: *#include ["<](.*)$/\1:\2/')
+        grep -rnoE '^ *#include ["<][^">]+' "$folder" --include='*.cpp' --include='*.h' |
+            sed -E 's/^([^:]+):[0-9]+: *#include ["<](.*)$/include \2 \1/'
+    } | awk '
+        $1 == "own" { own[$2] = 1 }
+        $1 == "foreign" { places[$2] = places[$2] " " $3 }
+        $1 == "include" {
+            name = $2
+            sub(/.*\//, "", name)
+            if (name in own)
+                next
+            count = split(places[name], lies)
+            for (i = 1; i <= count; ++i)
+                print $3 " must not include " $2 ", which lies in " lies[i]
+        }'
 }
 
 from_carvoy_retailer='^appliance/carvoy-retailer/[^ ]+ must not include '
