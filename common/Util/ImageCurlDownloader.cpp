@@ -34,7 +34,9 @@ std::string imagePath(int id, const std::string& url)
 FILE* openImage(const std::string& path)
 {
     makeImageFolder();
-    if (path.empty())
+    // Behind a link that somebody has made since the last wipe lie files of others, which may be called the
+    // same.
+    if (path.empty() || isImageFolderLink())
         return nullptr;
     // Where the directory could not be wiped, the file may be one that an earlier search still writes.
     unlink(path.c_str());

@@ -52,6 +52,12 @@ void makeImageFolder()
     mkdir(imageDirectory.c_str(), DIRECTORY_MODE);
 }
 
+bool isImageFolderLink()
+{
+    struct stat found {};
+    return lstat(imageDirectory.c_str(), &found) == 0 && S_ISLNK(found.st_mode);
+}
+
 int removeImageFolder()
 {
     std::string command = "rm -rf " + imageDirectory;

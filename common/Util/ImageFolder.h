@@ -15,9 +15,12 @@ const std::string& imageFolder();
 /** Makes the folder, if it is not there. */
 void makeImageFolder();
 
+/** True where a link is in the folder's place: what it leads to is not the service's. */
+bool isImageFolderLink();
+
 /**
- * Removes the folder and all that is in it. Returns the status of the shell that did it, or -1 where the
- * folder's path cannot be given to a shell.
+ * Removes the folder and all that is in it; of a link, the link. Returns the status of the shell that did
+ * it, or -1 where the folder's path cannot be given to a shell.
  */
 int removeImageFolder();
 

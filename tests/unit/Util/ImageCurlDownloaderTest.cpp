@@ -10,6 +10,7 @@
 #include <limits>
 
 #include "ImageDownloadFixture.h"
+#include "ScratchRoot.h"
 
 namespace fs = std::filesystem;
 using TestSupport::Call;
@@ -246,6 +247,23 @@ TEST_F(ImageDownload, AFailureIsOneLine)
 
     ASSERT_EQ(errors().size(), 1U);
     EXPECT_EQ(errors()[0].rfind("ImageCurlDownloader.cpp: startDownload(", 0), 0U) << errors()[0];
+}
+
+TEST_F(ImageDownload, NothingIsWrittenThroughALinkInTheFoldersPlace)
+{
+    const fs::path elsewhere = TestSupport::ScratchRoot::file("elsewhere");
+    fs::create_directory(elsewhere);
+    std::ofstream(elsewhere / "10.png") << "of somebody else";
+    fs::create_directory_symlink(elsewhere, folder());
+
+    EXPECT_FALSE(start(10, "/milk.png"));
+
+    EXPECT_EQ(errorMessages(), List{"Failed to open file to image data write"});
+    EXPECT_EQ(contentOf(elsewhere / "10.png"), "of somebody else");
+    downloader.clearAllDownloadedImages();
+    EXPECT_FALSE(fs::is_symlink(folder()));
+    EXPECT_EQ(contentOf(elsewhere / "10.png"), "of somebody else");
+    EXPECT_TRUE(start(10, "/milk.png"));
 }
 
 TEST_F(ImageDownload, AGateThatIsClosedAtFirstTouchesNothing)
