@@ -91,8 +91,7 @@ std::string findingsIn(const std::string& errors)
     return "";
 }
 
-ServiceWorld::ServiceWorld()
-    : root(newRoot()), client(std::make_unique<RawPeer>()), log(root + "/platform.log")
+ServiceWorld::ServiceWorld() : root(newRoot()), client(std::make_unique<RawPeer>()), log(root + ".log")
 {
     authority.writeAuthority(root + "/ca.pem");
     writeTokens(std::string(SessionToken) + "," + AccessToken + "\n");
@@ -129,7 +128,7 @@ std::unique_ptr<ChildProcess> ServiceWorld::runService(const ChildProcess::Varia
 ChildProcess::Variables ServiceWorld::variables() const
 {
     return {{"APPLIANCE_ROOT", root},
-            {"APPLIANCE_DLOG", root + "/platform.log"},
+            {"APPLIANCE_DLOG", root + ".log"},
             {"APPLIANCE_CA_FILE", root + "/ca.pem"},
             {"APPLIANCE_CONNECT_TO", std::string(Host) + ":443:127.0.0.1:" + std::to_string(port.number())},
             {"no_proxy", "*"}};
@@ -189,6 +188,26 @@ std::string ServiceWorld::pictureBytes(const std::string& path)
     return "picture of " + path + std::string("\0\xff\r\n", 4) + std::string(100'000, 'x');
 }
 
+void ServiceWorld::expectASearchThatWorks(const std::string& term)
+{
+    stock(threeProducts());
+    EXPECT_EQ(search(term), "");
+    const RawMessage result = resultMessage();
+    EXPECT_EQ(textOf(result, "key_search_term"), term);
+    EXPECT_EQ(textOf(result, "key_total_num_of_products"), "3");
+    EXPECT_EQ(ui->confirm(result), "");
+    const char* const files[] = {"1.png", "2.jpg", "3.gif"};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Picture picture = ui->nextPicture();
+        EXPECT_EQ(picture.index, std::to_string(i));
+        EXPECT_EQ(picture.path, picturesFolder() + "/" + files[i]);
+        EXPECT_TRUE(contentOf(picture.path) == pictureBytes(threeProducts()[i].picture)) << picture.path;
+    }
+    EXPECT_EQ(pictureFiles(), std::vector<std::string>(std::begin(files), std::end(files)));
+    EXPECT_EQ(status(), (StatusRecord{1, 1, 3, {}, {}}));
+    EXPECT_EQ(responseFlag(), "1\n");
+}
+
 void ServiceWorld::openMerchant(const Appliance::Certificate& certificate)
 {
     merchant.reset();
@@ -246,6 +265,16 @@ std::vector<std::string> ServiceWorld::pictureFiles() const
         names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
+}
+
+std::vector<std::string> ServiceWorld::errors() const
+{
+    std::vector<std::string> texts;
+    for (const LogLine& line : log.lines()) {
+        if (line.level == "error")
+            texts.push_back(line.function + ": " + line.message);
+    }
+    return texts;
 }
 
 }  // namespace ServiceTest

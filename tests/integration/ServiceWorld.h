@@ -75,6 +75,10 @@ class ServiceWorld : public testing::Test {
     void stock(const std::vector<Product>& products);
     static std::vector<Product> threeProducts();
     static std::string pictureBytes(const std::string& path);
+
+    /** Stocks three products, searches, and expects their lists, their pictures and the status record. Needs
+     * the UI app, which no message is on its way to. */
+    void expectASearchThatWorks(const std::string& term = "milk");
     void openMerchant(const Appliance::Certificate& certificate);
 
     /** Waits until the service has as many threads as that; their number now. */
@@ -88,6 +92,9 @@ class ServiceWorld : public testing::Test {
     std::string picturesFolder() const { return root + "/media/tmp"; }
     std::vector<std::string> pictureFiles() const;  // names, sorted
 
+    /** What was logged as an error, each as "FUNCTION: MESSAGE". */
+    std::vector<std::string> errors() const;
+
     const std::string root;
     TestSupport::PrivateBus bus;
     const Appliance::ThrowawayCertificates authority;
@@ -96,7 +103,7 @@ class ServiceWorld : public testing::Test {
     std::unique_ptr<UiPeer> ui;
     std::unique_ptr<TestSupport::RawPeer> client;
     std::unique_ptr<TestSupport::ChildProcess> service;
-    const PlatformLog log;
+    const PlatformLog log;  // beside the root: it outlives what a test does to that
 };
 
 }  // namespace ServiceTest
