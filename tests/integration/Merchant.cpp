@@ -21,20 +21,6 @@ void require(bool condition, const char* what)
         throw std::runtime_error(what);
 }
 
-void fill(httplib::Response& response, const Answer& answer)
-{
-    response.status = answer.status;
-    if (answer.withheld == 0) {
-        response.set_content(answer.body, answer.type);
-        return;
-    }
-    const std::size_t announced = answer.body.size() + answer.withheld;
-    response.set_content_provider(announced, answer.type,
-                                  [body = answer.body](size_t offset, size_t, httplib::DataSink& sink) {
-                                      return offset == 0 && sink.write(body.data(), body.size());
-                                  });
-}
-
 }  // namespace
 
 // The server shares the port with this socket, which the kernel gives to nobody else.
@@ -141,6 +127,25 @@ void Merchant::serve(const httplib::Request& request, httplib::Response& respons
     const Answer answer = script ? script(asked) : Answer{404, "no such thing here", "text/plain"};
     pause(answer.delay);
     fill(response, answer);
+}
+
+void Merchant::fill(httplib::Response& response, const Answer& answer)
+{
+    response.status = answer.status;
+    if (answer.withheld == 0 && answer.halfway.count() == 0) {
+        response.set_content(answer.body, answer.type);
+        return;
+    }
+    const std::size_t announced = answer.body.size() + answer.withheld;
+    response.set_content_provider(
+        announced, answer.type,
+        [this, body = answer.body, halfway = answer.halfway](size_t offset, size_t, auto& sink) {
+            const std::size_t half = halfway.count() == 0 ? body.size() : body.size() / 2;
+            if (offset == 0)
+                return sink.write(body.data(), half);
+            pause(halfway);
+            return offset == half && half < body.size() && sink.write(body.data() + half, body.size() - half);
+        });
 }
 
 Merchant::Script Merchant::note(const std::string& path, const Asked& asked)

@@ -54,6 +54,7 @@ struct Answer {
     std::string type = "application/json";
     std::size_t withheld = 0;  // bytes that are announced behind the body and never come
     std::chrono::milliseconds delay{0};
+    std::chrono::milliseconds halfway{0};  // a pause in the middle of the body
 };
 
 /** Serves from construction to destruction; what is held then is let go. Any thread. */
@@ -89,6 +90,7 @@ class Merchant {
   private:
     Merchant(int port, std::unique_ptr<httplib::Server> server);
 
+    void fill(httplib::Response& response, const Answer& answer);
     void serve(const httplib::Request& request, httplib::Response& response);
     Script note(const std::string& path, const Asked& asked);
     void pause(std::chrono::milliseconds delay);

@@ -1,9 +1,6 @@
 // The service ends well whatever it is doing: it is asked to at random moments, a hundred times in all.
-#include <signal.h>
-
-#include <thread>
-
 #include "Dice.h"
+#include "LivelyUi.h"
 #include "Recogniser.h"
 #include "ServiceWorld.h"
 #include "SiteValues.h"
@@ -12,48 +9,9 @@ namespace ServiceTest {
 
 namespace {
 
-using TestSupport::RawMessage;
 using TestSupport::RawPeer;
 
 constexpr int Rounds = 25;
-constexpr const char* UiId = "org.tizen.carvoy";
-constexpr const char* Stop = "http://tizen.org/appcontrol/operation/stop";
-
-/** A UI app that answers product lists by itself, on its own thread: yes, no, or not at all. */
-class LivelyUi {
-  public:
-    explicit LivelyUi(unsigned answers) : answers_(answers), peer_(UiId), thread_([this] { run(); }) {}
-    ~LivelyUi()
-    {
-        RawPeer().launch(UiId, Stop);
-        thread_.join();
-    }
-    LivelyUi(const LivelyUi&) = delete;
-    LivelyUi& operator=(const LivelyUi&) = delete;
-
-  private:
-    void run()
-    {
-        while (const auto message = peer_.nextLaunch()) {
-            if (message->operation == Stop)
-                return;
-            if (message->id != 0)
-                answer(*message);
-        }
-    }
-
-    // Mostly yes. The service may have ended meanwhile: what comes back does not matter.
-    void answer(const RawMessage& message)
-    {
-        const unsigned choice = answers_++ % 5;
-        if (choice != 0)
-            peer_.reply(message.sender, message.id, choice == 1 ? -1 : 0);
-    }
-
-    unsigned answers_;
-    RawPeer peer_;
-    std::thread thread_;
-};
 
 class TheEnd : public ServiceWorld {
   protected:
