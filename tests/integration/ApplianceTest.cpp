@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "BridgeProgram.h"
 #include "ServiceWorld.h"
-#include "SiteValues.h"
 
 namespace ServiceTest {
 
@@ -20,8 +20,8 @@ class TheAppliance : public ServiceWorld {
   protected:
     void SetUp() override
     {
-        startBridge();
-        service = runService(towardsBridge());
+        bridge = std::make_unique<BridgeProgram>(root, tokenFile());
+        service = runService(bridge->variables());
         ASSERT_TRUE(TestSupport::waitForName(ServiceId)) << service->errors();
         screen = std::make_unique<ChildProcess>(std::vector<std::string>{CARVOY_UI}, variables());
         ASSERT_TRUE(TestSupport::waitForName(UiId)) << screen->errors();
@@ -29,27 +29,12 @@ class TheAppliance : public ServiceWorld {
 
     void TearDown() override
     {
-        for (ChildProcess* process : {screen.get(), service.get(), bridge.get()}) {
+        for (ChildProcess* process : {screen.get(), service.get(), &bridge->process()}) {
             process->signal(SIGTERM);
             expectEnd(*process, 0);
             EXPECT_EQ(process->errors(), "");
         }
         EXPECT_EQ(pictureFiles(), std::vector<std::string>{});
-    }
-
-    void startBridge()
-    {
-        bridge = std::make_unique<ChildProcess>(std::vector<std::string>{
-            MERCHANT_BRIDGE, "--ca-file", root + "/bridge-ca.pem", "--tokens-file", tokenFile()});
-        ASSERT_TRUE(bridge->waitForOutput("\n")) << bridge->errors();
-        bridgePort = json::parse(bridge->output()).at("port");
-    }
-
-    ChildProcess::Variables towardsBridge() const
-    {
-        return {{"APPLIANCE_CA_FILE", root + "/bridge-ca.pem"},
-                {"APPLIANCE_CONNECT_TO",
-                 CARVOY_MERCHANT_BRIDGE_HOST ":443:127.0.0.1:" + std::to_string(bridgePort)}};
     }
 
     /** Searches on the screen, and gives the card once it is full but for the pictures left out. */
@@ -82,9 +67,8 @@ class TheAppliance : public ServiceWorld {
                bytes.compare(0, 2, "\xff\xd8") == 0;
     }
 
-    std::unique_ptr<ChildProcess> bridge;
+    std::unique_ptr<BridgeProgram> bridge;
     std::unique_ptr<ChildProcess> screen;
-    int bridgePort = 0;
 };
 
 TEST_F(TheAppliance, ShowsSixKindsOfMilkWithTheirPictures)
