@@ -325,6 +325,27 @@ TEST_F(AFullDisk, ThatIsReadOnlyFromTheStartIsNoReasonNotToStart)
     stopService();
 }
 
+// The session of a whole appliance lies there, too.
+TEST_F(AFullDisk, KeepsAnApplianceFromComingUpUntilThereIsRoom)
+{
+    const Texts up = {APPLIANCE_TOOL, "up", "--root", root};
+    putEverythingOn(Roomy);
+    disk->fill();
+    TestSupport::ChildProcess early(up);
+    expectEnd(early, 1);
+    EXPECT_EQ(early.errors().rfind("appliance: cannot write " + root, 0), 0U) << early.errors();
+    EXPECT_FALSE(fs::exists(root + "/session.json"));
+
+    disk->makeRoom();
+    TestSupport::ChildProcess late(up);
+    EXPECT_TRUE(late.waitForOutput("The appliance is up")) << late.errors();
+    disk->fill();
+    TestSupport::ChildProcess status({APPLIANCE_TOOL, "status", "--root", root});
+    expectEnd(status, 0);
+    late.signal(SIGTERM);
+    expectEnd(late, 0);
+}
+
 // Without any rights: files may not grow beyond a limit.
 
 class ALimitOfFiles : public ADisk {
