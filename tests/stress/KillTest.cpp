@@ -79,12 +79,14 @@ class AKill : public ServiceWorld {
         ui.reset();
         ASSERT_TRUE(TestSupport::waitForName(UiId, false));
         ui = std::make_unique<UiPeer>();
+        const Texts errorsBefore = errors();
         ASSERT_NO_FATAL_FAILURE(startService());
         const auto started = status();
         ASSERT_TRUE(started);
         EXPECT_EQ(started->totalCount, 0);
         expectASearchThatWorks();
         expectNothingLeftOver();
+        EXPECT_EQ(errors(), errorsBefore);
         EXPECT_EQ(service->errors(), "");
     }
 
