@@ -110,14 +110,4 @@ std::vector<Item> RetailerWorld::threeItems()
             {"두유", "", "1290000", "B0", "", "", ""}};
 }
 
-std::vector<std::string> RetailerWorld::errors() const
-{
-    std::vector<std::string> texts;
-    for (const LogLine& line : log.lines()) {
-        if (line.level == "error")
-            texts.push_back(line.function + ": " + line.message);
-    }
-    return texts;
-}
-
 }  // namespace ServiceTest

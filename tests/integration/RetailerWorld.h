@@ -59,8 +59,6 @@ class RetailerWorld : public ServiceWorld {
     /** No picture is on its way any more. */
     void waitForPictures() { ASSERT_TRUE(waitForThreads(atRest_)); }
 
-    std::vector<std::string> errors() const;
-
     const TestSupport::KeptFile keptLogin;
     const ReservedPort retailerPort;
     std::unique_ptr<Merchant> retailer;
