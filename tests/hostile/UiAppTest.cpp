@@ -43,8 +43,11 @@ class AUiApp : public FailedSearch {
             EXPECT_EQ(ui->nextPicture().index, index);
     }
 
+    /** The next one, or the one after that. */
     void expectALaterLifeThatWorks()
     {
+        ui.reset();
+        ASSERT_TRUE(TestSupport::waitForName(UiId, false));
         ui = std::make_unique<UiPeer>();
         expectASearchThatWorks();
         stopService();

@@ -37,8 +37,8 @@ std::string configuration(const PrivateBus::Options& options)
            "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
            "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>" +
            // The session bus of a desktop lets its clients make as many calls at once.
-           "<limit name=\"max_replies_per_connection\">50000</limit>" +
-           replyLimit(options.replyLimit) + "</busconfig>";
+           "<limit name=\"max_replies_per_connection\">50000</limit>" + replyLimit(options.replyLimit) +
+           "</busconfig>";
 }
 
 std::string writeConfiguration(const PrivateBus::Options& options)
