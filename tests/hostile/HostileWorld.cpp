@@ -33,7 +33,7 @@ ChildProcess::Variables HostileWorld::added() const
 {
     for (const auto& [name, value] : variables()) {
         if (name == "APPLIANCE_CONNECT_TO")
-            return {{name, value + leads_}};
+            return {{name, leads_ + value}};
     }
     return {};
 }
@@ -42,8 +42,13 @@ HostileServer& HostileWorld::stand(const std::string& host, int hostPort, const 
                                    const ServerPlace& place)
 {
     servers_.push_back(std::make_unique<HostileServer>(originOf(host, hostPort), opening, place));
-    leads_ += "," + host + ":" + std::to_string(hostPort) + ":" + servers_.back()->place();
+    lead(host, hostPort, *servers_.back());
     return *servers_.back();
+}
+
+void HostileWorld::lead(const std::string& host, int hostPort, const HostileServer& server)
+{
+    leads_ += host + ":" + std::to_string(hostPort) + ":" + server.place() + ",";
 }
 
 HostileServer& HostileWorld::stand(const std::string& host)

@@ -10,7 +10,10 @@
 
 namespace ServiceTest {
 
-/** The servers that stand before SetUp() are reached from the start; all of them stand until the end. */
+/**
+ * What leads to a server before SetUp() leads there for good. The servers that stand() gives stand until the
+ * end, and none of them may have got a token.
+ */
 class HostileWorld : public FailedSearch {
   protected:
     static constexpr const char* PictureHost = "pictures.example";
@@ -19,6 +22,9 @@ class HostileWorld : public FailedSearch {
 
     void TearDown() override;
     TestSupport::ChildProcess::Variables added() const override;
+
+    /** The service's connections to that host and port lead there; to be called before it starts. */
+    void lead(const std::string& host, int hostPort, const HostileServer& server);
 
     /** A server to which the service's connections to that host and port lead. */
     HostileServer& stand(const std::string& host, int hostPort, const Opening& opening,

@@ -175,14 +175,22 @@ TEST_F(AnOddAnswer, OfHtmlIsTakenForAPictureWhereItsStatusIsGood)
     expectThatPicture(page);
 }
 
-TEST_F(AnOddAnswer, OfAServerWithoutAnOldAddressIsReached)
+TEST_F(AnOddAnswer, ComesFromServersWithoutAnOldAddressToo)
 {
-    auto& pictures = stand(PictureHost, HttpsPort, overTls(authority.issue({PictureHost})), {"::1"});
+    const ServerPlace six{"::1", 0};
+    HostileServer bridge("https://" + merchantHost(), overTls(authority.issue({merchantHost()})), six);
+    lead(merchantHost(), HttpsPort, bridge);
+    bridge.answer(Merchant::SearchPath, 200, answerOf({{"Six Milk", pictureUrl()}}));
+    auto& pictures = stand(PictureHost, HttpsPort, overTls(authority.issue({PictureHost})), six);
     pictures.answer("/hostile.png", 200, "six");
     begin();
 
-    expectThatPicture("six");
-    EXPECT_EQ(pictures.countOf("/hostile.png"), 1);
+    search();
+    const auto result = resultMessage();
+    EXPECT_EQ(listOf(result, "key_product_names"), std::vector<std::string>{"Six Milk"});
+    ui->confirm(result);
+    EXPECT_EQ(contentOf(ui->nextPicture().path), "six");
+    EXPECT_EQ(bridge.countOf(Merchant::SearchPath), 1);
 }
 
 class AnAnswerOfHttp2 : public AnOddAnswer {
