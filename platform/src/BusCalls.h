@@ -16,8 +16,9 @@ constexpr std::size_t MaxTextBytes = 16 * 1024 * 1024;
 /** Elements of a text list, each of which costs a few bytes beside its text. */
 constexpr std::size_t MaxTexts = 1'000'000;
 
-/** Requests, replies and voice calls that wait for the receiver's main loop. */
-constexpr std::size_t MaxWaiting = 4096;
+/** Requests, replies and voice calls that wait for the receiver's main loop: room for a burst that comes
+ *  while a search blocks it. */
+constexpr std::size_t MaxWaiting = 16'384;
 
 /** Answers a call that has no output, where an answer is wanted. Throws sdbus::Error. */
 inline void acknowledge(const sdbus::MethodCall& call)

@@ -221,6 +221,23 @@ TEST_F(ADelivery, CanOnlyBeConfirmedByTheAppThatGotIt)
     expectAllPictures();
 }
 
+TEST_F(ADelivery, CanOnlyBeConfirmedByItsOwnId)
+{
+    search();
+    const RawMessage result = resultMessage();
+    waitForPictures();
+
+    for (const std::uint32_t id : {result.id + 1, std::uint32_t{0}, UINT32_MAX}) {
+        RawMessage forged = result;
+        forged.id = id;
+        EXPECT_EQ(ui->confirm(forged), AccessDenied) << id;
+    }
+    expectNothingBeforeTheNextResult();
+    EXPECT_EQ(ui->confirm(result), "");
+
+    expectAllPictures();
+}
+
 TEST_F(ADelivery, LeavesOutThePictureThatCouldNotBeFetched)
 {
     merchant->answer("/p/oat.jpg", {404, "not found", "text/plain"});

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "ServiceWorld.h"
+#include "FailedSearch.h"
 #include "SiteValues.h"
 
 namespace ServiceTest {
@@ -13,11 +13,9 @@ namespace {
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 
-// The search's own lines, as they are to be logged.
-const std::string Perform = "Curl.cpp:69 perform error: curl_easy_perform() failed: ";
-const std::string Send = "SearchControl.cpp:233 searchProduct error: ";
-const std::string Parse = "SearchControl.cpp:382 parseResult error: ";
-const std::string NoTokenFile = "SearchControl.cpp:241 checkMCLogin debug: Not Open MC Login File!";
+using Logged::NoTokenFile;
+using Logged::Parse;
+using Logged::Send;
 
 class World;
 
@@ -34,10 +32,10 @@ std::ostream& operator<<(std::ostream& stream, const Failure& failure)
     return stream << failure.name;
 }
 
-class World : public ServiceWorld, public testing::WithParamInterface<Failure> {
+class World : public FailedSearch, public testing::WithParamInterface<Failure> {
   public:
-    std::string term = "milk";
-    std::string shop = "freshmart";
+    using FailedSearch::shop;
+    using FailedSearch::term;
 
     void answer(const Answer& answer) { merchant->answer(Merchant::SearchPath, answer); }
     void answer(const std::string& body) { answer(Answer{200, body}); }
@@ -50,62 +48,15 @@ class World : public ServiceWorld, public testing::WithParamInterface<Failure> {
         fs::create_directory(tokenFile());
     }
     void noTokenFolder() { fs::remove_all(fs::path(tokenFile()).parent_path()); }
-    void certifyFor(const std::string& host) { openMerchant(authority.issue({host})); }
-    void letExpire() { openMerchant(authority.issueExpired({CARVOY_MERCHANT_BRIDGE_HOST})); }
-    void vouchForItself()
-    {
-        openMerchant(Appliance::ThrowawayCertificates::selfSigned({CARVOY_MERCHANT_BRIDGE_HOST}));
-    }
-
-  protected:
-    void SetUp() override
-    {
-        ui = std::make_unique<UiPeer>();
-        stock(threeProducts());
-        startService();
-        resultMessage();
-    }
-
-    /** What was logged from here on by anything but the dispatch of requests. */
-    Texts loggedSince(std::size_t line) const
-    {
-        const std::vector<LogLine> lines = log.lines();
-        Texts texts;
-        for (std::size_t i = line; i < lines.size(); ++i) {
-            const bool isDispatch = lines[i].level == "info" || lines[i].function == "sendResultToUI";
-            if (!isDispatch)
-                texts.push_back(lines[i].text());
-        }
-        return texts;
-    }
-
-    void putRight()
-    {
-        openMerchant(authority.issue({CARVOY_MERCHANT_BRIDGE_HOST}));
-        fs::remove(tokenFile());
-        writeTokens("session,access");
-    }
 };
 
 using AFailedSearch = World;
 
 TEST_P(AFailedSearch, IsLoggedAndKeptAndLeavesTheNextOneUnharmed)
 {
-    const std::size_t before = log.lines().size();
     GetParam().arrange(*this);
 
-    EXPECT_EQ(search(term, shop), "");
-    const auto result = resultMessage();
-
-    EXPECT_EQ(loggedSince(before), GetParam().logged);
-    EXPECT_EQ(textOf(result, "key_total_num_of_products"), "0");
-    EXPECT_EQ(result.extras.count("key_product_names"), 0U);
-    EXPECT_EQ(status(), (StatusRecord{GetParam().isLoggedIn, GetParam().isLinked, 0, {}, {}}));
-    EXPECT_EQ(responseFlag(), "1\n");
-    putRight();
-    expectASearchThatWorks("oat milk");
-    stopService();
-    EXPECT_EQ(service->errors(), "");
+    expectFailure(GetParam().logged, GetParam().isLoggedIn, GetParam().isLinked);
 }
 
 Failure status(const char* name, int code)
@@ -124,17 +75,11 @@ Failure badAnswer(const char* name, const std::string& body, const std::string& 
     return {name, [body](World& world) { world.answer(body); }, {Parse + message}, true, true};
 }
 
-Failure noAnswer(const char* name, const std::function<void(World&)>& arrange, const std::string& reason)
-{
-    return {name, arrange, {Perform + reason, Send + "curl perform failed: 0"}, true, false};
-}
-
 Failure noRequest(const char* name, const std::function<void(World&)>& arrange, const Texts& logged)
 {
     return {name, arrange, logged, false, false};
 }
 
-const std::string Untrusted = "SSL peer certificate or SSH remote key was not OK";
 const std::string NotJson = "json_parser_load_from_data() failed";
 const std::string NoTokens = Send + "Invalid access token";
 
@@ -153,20 +98,8 @@ const Failure Failures[] = {
     status("Created", 201),
     status("ServerError", 500),
     status("Unavailable", 503),
-    noAnswer(
-        "Refused", [](World& world) { world.close(); }, "Couldn't connect to server"),
-    noAnswer(
-        "SelfSigned", [](World& world) { world.vouchForItself(); }, Untrusted),
-    noAnswer(
-        "Expired", [](World& world) { world.letExpire(); }, Untrusted),
-    noAnswer(
-        "OtherHost", [](World& world) { world.certifyFor("other.example"); }, Untrusted),
-    noAnswer(
-        "Truncated",
-        [](World& world) {
-            world.answer(Answer{200, "{\"prod", "text/plain", 100});
-        },
-        "Transferred a partial file"),
+    Failure{"Refused", [](World& world) { world.close(); }, Logged::noAnswer("Couldn't connect to server"),
+            true, false},
     badAnswer("Garbage", "\x01\x02 garbage \xff", NotJson),
     badAnswer("Html", "<html><body>Welcome</body></html>", NotJson),
     badAnswer("HalfJson", "{\"products\": [{\"name\":", NotJson),

@@ -190,7 +190,7 @@ TEST_F(TheServiceProcess, WipesThePicturesOfARunThatWasKilledAtItsFirstRequest)
     EXPECT_EQ(pictureFiles(), Texts{});
 }
 
-// The only test that waits for the picture's own limit of seven seconds.
+// Waits for the picture's own limit of seven seconds.
 TEST_F(TheServiceProcess, EndsWhenThePictureOnItsWayHasRunOutOfTime)
 {
     stock(threeProducts());

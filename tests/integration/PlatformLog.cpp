@@ -11,8 +11,6 @@
 #include <map>
 #include <utility>
 
-#include "Patience.h"
-
 namespace ServiceTest {
 
 namespace {
@@ -72,9 +70,10 @@ std::size_t countIn(const std::vector<LogLine>& lines, const std::string& messag
 
 }  // namespace
 
-bool waitForContent(const std::string& path, const std::function<bool(const std::string&)>& fits)
+bool waitForContent(const std::string& path, const std::function<bool(const std::string&)>& fits,
+                    std::chrono::milliseconds limit)
 {
-    const auto deadline = Clock::now() + TestSupport::Patience;
+    const auto deadline = Clock::now() + limit;
     const int notifier = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
     const std::string folder = std::filesystem::path(path).parent_path();
     inotify_add_watch(notifier, folder.c_str(), IN_MODIFY | IN_MOVED_TO | IN_CREATE);
@@ -118,10 +117,11 @@ std::size_t PlatformLog::count(const std::string& message) const
     return countIn(lines(), message);
 }
 
-bool PlatformLog::waitFor(const std::string& message, std::size_t count) const
+bool PlatformLog::waitFor(const std::string& message, std::size_t count,
+                          std::chrono::milliseconds limit) const
 {
-    return waitForContent(
-        path_, [&](const std::string& content) { return countIn(parse(content), message) >= count; });
+    const auto fits = [&](const std::string& content) { return countIn(parse(content), message) >= count; };
+    return waitForContent(path_, fits, limit);
 }
 
 }  // namespace ServiceTest

@@ -1,11 +1,13 @@
 // What the service wrote into the platform's log, statement by statement.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "LogText.h"
+#include "Patience.h"
 
 namespace ServiceTest {
 
@@ -13,7 +15,8 @@ using LogText::contentOf;
 using LogText::linesOf;
 
 /** Waits until what the file holds fits; false when the time is over. Its folder must be there. */
-bool waitForContent(const std::string& path, const std::function<bool(const std::string&)>& fits);
+bool waitForContent(const std::string& path, const std::function<bool(const std::string&)>& fits,
+                    std::chrono::milliseconds limit = TestSupport::Patience);
 
 /** One entry. An entry that is not in the service's form has all of its text in `message`, and no file. */
 struct LogLine {
@@ -43,7 +46,8 @@ class PlatformLog {
     std::size_t count(const std::string& message) const;
 
     /** Waits until the message was logged so often. */
-    bool waitFor(const std::string& message, std::size_t count = 1) const;
+    bool waitFor(const std::string& message, std::size_t count = 1,
+                 std::chrono::milliseconds limit = TestSupport::Patience) const;
 
   private:
     std::string path_;

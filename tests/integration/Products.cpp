@@ -37,7 +37,7 @@ Json jsonOf(const Product& product)
 
 std::string urlOf(const std::string& path)
 {
-    return "https://" CARVOY_MERCHANT_BRIDGE_HOST + path;
+    return path[0] == '/' ? "https://" CARVOY_MERCHANT_BRIDGE_HOST + path : path;
 }
 
 std::string answerOf(const std::vector<Product>& products)

@@ -9,14 +9,14 @@ namespace ServiceTest {
 
 struct Product {
     std::string name;
-    std::string picture;          // path at the merchant
+    std::string picture;          // path at the merchant, or a URL of another host
     std::string label{};          // size or weight
     std::optional<int> amount{};  // in minor units
     std::optional<int> former{};
     std::string ref{};
 };
 
-/** The URL of a path at the merchant. */
+/** The URL of a path at the merchant; a URL stays as it is. */
 std::string urlOf(const std::string& path);
 
 /** The body of an answer with these products; what a product does not have is left out. */

@@ -51,6 +51,7 @@ class RetailerWorld : public ServiceWorld {
 
     /** A retailer who stocks these products, with their pictures and badges. */
     void stock(const std::vector<Item>& items);
+    static std::string answerOf(const std::vector<Item>& items);
 
     /** Two products of which the first has all there is, and one with nothing. */
     static std::vector<Item> threeItems();

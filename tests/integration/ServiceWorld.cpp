@@ -102,6 +102,15 @@ void ServiceWorld::TearDown()
 {
     if (service && !service->wait(std::chrono::milliseconds(0)).inTime)
         stopService();
+    expectNoTokenTold();
+}
+
+void ServiceWorld::expectNoTokenTold() const
+{
+    const std::string told =
+        contentOf(root + "/platform.log") + (service ? service->output() + service->errors() : "");
+    for (const char* token : {SessionToken, AccessToken})
+        EXPECT_EQ(told.find(token), std::string::npos) << token;
 }
 
 void ServiceWorld::startService(Until until, const ChildProcess::Variables& added, const std::string& program)
@@ -255,6 +264,16 @@ void ServiceWorld::writeTokens(const std::string& content) const
 {
     fs::create_directories(fs::path(tokenFile()).parent_path());
     std::ofstream(tokenFile(), std::ios::binary | std::ios::trunc) << content;
+}
+
+std::vector<std::string> ServiceWorld::errors() const
+{
+    std::vector<std::string> texts;
+    for (const LogLine& line : log.lines()) {
+        if (line.level == "error")
+            texts.push_back(line.function + ": " + line.message);
+    }
+    return texts;
 }
 
 std::vector<std::string> ServiceWorld::pictureFiles() const

@@ -35,7 +35,10 @@ std::ostream& operator<<(std::ostream& stream, const StatusRecord& status);
 /** What a sanitizer has to say in this text of a process's standard error; empty for nothing. */
 std::string findingsIn(const std::string& errors);
 
-/** Starts without the service and without the UI app. A service that still runs at the end must end well. */
+/**
+ * Starts without the service and without the UI app. A service that still runs at the end must end well, and
+ * none has told a token to anybody who reads what it writes.
+ */
 class ServiceWorld : public testing::Test {
   protected:
     static constexpr const char* ServiceId = "org.tizen.carvoy-service";
@@ -44,6 +47,8 @@ class ServiceWorld : public testing::Test {
 
     ServiceWorld();
     void TearDown() override;
+
+    void expectNoTokenTold() const;
 
     enum class Until { OnBus, ReadyForVoice };
 

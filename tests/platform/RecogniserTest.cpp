@@ -180,13 +180,15 @@ TEST_F(TheRecogniser, IsRefusedWithOtherArguments)
 TEST_F(TheRecogniser, IsRefusedWhenTooMuchWaits)
 {
     initialize();
-    for (int i = 0; i < 4096; ++i)
-        ASSERT_EQ(recogniser->error(i), "") << i;
+    constexpr std::size_t most = 16'384;
+    for (std::size_t i = 1; i < most; ++i)
+        recogniser->tell("Error", -1);
+    EXPECT_EQ(recogniser->error(-4), "");
     EXPECT_EQ(recogniser->error(-1), ErrorPrefix + "LimitsExceeded");
     EXPECT_EQ(recogniser->result(0, {}, {}), ErrorPrefix + "LimitsExceeded");
-    EXPECT_EQ(hear(4096).size(), 4096U);
+    EXPECT_EQ(hear(most).size(), most);
     EXPECT_EQ(recogniser->error(-5), "");
-    EXPECT_EQ(hear(4097).back(), "error -5");
+    EXPECT_EQ(hear(most + 1).back(), "error -5");
 }
 
 TEST_F(TheRecogniser, MayGiveAResultOf256CommandsButNoMore)

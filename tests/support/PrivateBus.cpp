@@ -36,7 +36,9 @@ std::string configuration(const PrivateBus::Options& options)
            ScratchRoot::path() + "</listen><auth>EXTERNAL</auth>" + serviceFolder(options.serviceFolder) +
            "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
            "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>" +
-           replyLimit(options.replyLimit) + "</busconfig>";
+           // The session bus of a desktop lets its clients make as many calls at once.
+           "<limit name=\"max_replies_per_connection\">50000</limit>" + replyLimit(options.replyLimit) +
+           "</busconfig>";
 }
 
 std::string writeConfiguration(const PrivateBus::Options& options)
@@ -88,13 +90,18 @@ PrivateBus::PrivateBus(const Options& options)
         throw std::runtime_error("dbus-daemon did not start: " + daemon_->errors());
     address_ = daemon_->output();
     address_.erase(address_.find('\n'));
-    setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
+    use();
 }
 
 PrivateBus::~PrivateBus()
 {
     kill();
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
+void PrivateBus::use() const
+{
+    setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
 }
 
 void PrivateBus::kill()

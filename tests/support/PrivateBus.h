@@ -29,6 +29,10 @@ class PrivateBus {
 
     const std::string& address() const { return address_; }
 
+    /** Makes it the session bus of this process and its later children again, where there is more than one.
+     */
+    void use() const;
+
     /** Ends the bus under its clients. */
     void kill();
 

@@ -54,6 +54,39 @@ std::string RawPeer::reply(const std::string& connection, std::uint32_t id, std:
     return call(*connection_, connection, "Reply", id, result, extras);
 }
 
+void RawPeer::launchInABurst(const std::string& app, const std::string& operation, const Extras& extras)
+{
+    std::unique_ptr<sdbus::IProxy>& target = burstTargets_[app];
+    if (!target)
+        target = sdbus::createProxy(*connection_, app, Path);
+    {
+        const std::lock_guard lock(mutex_);
+        ++unanswered_;
+    }
+    target->callMethodAsync("Launch")
+        .onInterface(Interface)
+        .withTimeout(Patience)
+        .withArguments("org.example.raw", std::uint32_t{0}, operation, std::string(), extras)
+        .uponReplyInvoke([this](const sdbus::Error* error) { answered(error); });
+}
+
+std::optional<std::vector<std::string>> RawPeer::answersToTheBurst()
+{
+    std::unique_lock lock(mutex_);
+    if (!changed_.wait_for(lock, Patience, [this] { return unanswered_ == 0; }))
+        return {};
+    return std::exchange(burstErrors_, {});
+}
+
+void RawPeer::answered(const sdbus::Error* error)
+{
+    const std::lock_guard lock(mutex_);
+    if (error)
+        burstErrors_.push_back(error->getName());
+    --unanswered_;
+    changed_.notify_all();
+}
+
 std::optional<RawMessage> RawPeer::nextLaunch()
 {
     return next(launches_);

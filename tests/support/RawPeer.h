@@ -12,6 +12,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace TestSupport {
 
@@ -45,6 +47,13 @@ class RawPeer {
     std::string reply(const std::string& connection, std::uint32_t id, std::int32_t result = 0,
                       const Extras& extras = {});
 
+    /** The same as launch(), without a reply, for many: makes the call and does not wait for its answer. */
+    void launchInABurst(const std::string& app, const std::string& operation, const Extras& extras = {});
+
+    /** Waits until the whole burst is answered, and returns the names of the errors; nothing where that takes
+     * too long. */
+    std::optional<std::vector<std::string>> answersToTheBurst();
+
     /** The next message that arrived; nothing when none comes in time. */
     std::optional<RawMessage> nextLaunch();
     std::optional<RawMessage> nextReply();
@@ -55,14 +64,18 @@ class RawPeer {
     void exportObject();
     void arrived(Queue& queue, RawMessage message);
     std::optional<RawMessage> next(Queue& queue);
+    void answered(const sdbus::Error* error);
 
     LaunchHook hook_;
     std::mutex mutex_;
     std::condition_variable changed_;
     Queue launches_;
     Queue replies_;
+    std::size_t unanswered_ = 0;  // of the burst, as are the errors
+    std::vector<std::string> burstErrors_;
     std::unique_ptr<sdbus::IConnection> connection_;
     std::unique_ptr<sdbus::IObject> object_;
+    std::map<std::string, std::unique_ptr<sdbus::IProxy>> burstTargets_;
 };
 
 }  // namespace TestSupport

@@ -1,9 +1,6 @@
 // A merchant bridge whose every byte a test decides: HTTPS on a random port of this machine.
 #pragma once
 
-#include <openssl/ssl.h>
-
-#include <memory>
 #include <string>
 
 #include "ScriptedServer.h"
@@ -30,8 +27,7 @@ class MerchantServer : public ScriptedServer {
   private:
     MerchantServer();
     ~MerchantServer() override { stop(); }
-    void makeContext();
 
-    Appliance::ThrowawayCertificates certificates_;
-    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context_{nullptr, SSL_CTX_free};
+    const Appliance::ThrowawayCertificates certificates_;
+    const TlsServer tls_;
 };

@@ -1,36 +1,10 @@
 #include "RetailerServer.h"
 
 #include <stdlib.h>
-#include <sys/socket.h>
 
 #include <memory>
 
 #include "SiteValues.h"
-
-namespace {
-
-class SocketStream : public ByteStream {
-  public:
-    explicit SocketStream(int socket) : socket_(socket) {}
-
-    bool receive(char& byte) override { return recv(socket_, &byte, 1, 0) == 1; }
-
-    void send(const std::string& bytes) override
-    {
-        size_t sent = 0;
-        while (sent < bytes.size()) {
-            const ssize_t count = ::send(socket_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-            if (count < 0)
-                return;
-            sent += static_cast<size_t>(count);
-        }
-    }
-
-  private:
-    int socket_;
-};
-
-}  // namespace
 
 RetailerServer& RetailerServer::instance()
 {

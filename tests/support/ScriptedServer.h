@@ -1,6 +1,7 @@
 // A web server whose every byte a test decides, on a random port of this machine.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <list>
@@ -11,27 +12,14 @@
 #include <thread>
 #include <vector>
 
+#include "ByteStream.h"
+
 /** One request as it came in. */
 struct ServerRequest {
     std::string head;    // request line and header lines, byte for byte, up to and with the empty line
     std::string target;  // path and query
     std::string path;    // the target up to its question mark
     std::string body;    // as much as the head announces
-};
-
-/** The bytes of one connection, whatever carries them. */
-class ByteStream {
-  public:
-    ByteStream() = default;
-    virtual ~ByteStream() = default;
-    ByteStream(const ByteStream&) = delete;
-    ByteStream& operator=(const ByteStream&) = delete;
-
-    /** False at the end. */
-    virtual bool receive(char& byte) = 0;
-
-    /** A client that has gone away is no error. */
-    virtual void send(const std::string& bytes) = 0;
 };
 
 /** The way back to the client of one request; used on the handler's thread. */
@@ -47,8 +35,23 @@ class ServerConnection {
     /** The head of an answer that announces `length` bytes of body. */
     void answerHead(int status, size_t length, const std::string& headerLines = "");
 
+    /** Waits for the client's going away, or the server's end; false when the time is over. */
+    bool clientLeaves(std::chrono::milliseconds limit);
+    void stayUntilClientLeaves();
+
+    /** The connection ends with the handler, without a goodbye of TLS; or with a reset. */
+    void cut() { stream_.cut(); }
+    void reset() { stream_.reset(); }
+
   private:
     ByteStream& stream_;
+};
+
+/** Where a server listens. Port 0 is one of the system's choice; another one may be shared with its keeper.
+ */
+struct ServerPlace {
+    std::string address = "127.0.0.1";
+    int port = 0;
 };
 
 /**
@@ -74,6 +77,10 @@ class ScriptedServer {
     std::vector<ServerRequest> requests() const;
     int countOf(const std::string& path) const;
 
+    /** Every byte of all requests, also of those that were never whole. */
+    std::string received() const;
+    int connections() const;
+
     /** The address of a path on this server. */
     std::string address(const std::string& path) const { return origin_ + path; }
 
@@ -82,7 +89,7 @@ class ScriptedServer {
     using Open = std::function<std::unique_ptr<ByteStream>(int socket)>;
 
     /** Has a port, but answers nobody yet. `origin` is what the clients know the server by. */
-    explicit ScriptedServer(std::string origin);
+    explicit ScriptedServer(std::string origin, const ServerPlace& place = ServerPlace{});
     virtual ~ScriptedServer();
 
     void start(Open open);
@@ -90,7 +97,7 @@ class ScriptedServer {
     /** Must have been called before anything is destroyed that the streams use. */
     void stop();
 
-    /** "127.0.0.1:PORT", as the platform leads connections there. */
+    /** ADDRESS:PORT, as the platform leads connections there. */
     const std::string& place() const { return place_; }
 
   private:
@@ -100,10 +107,11 @@ class ScriptedServer {
         bool isOver = false;
     };
 
-    void listen();
+    void listen(const ServerPlace& place);
     void accept();
     void serve(Connection& connection);
     void converse(ByteStream& stream);
+    void noteBytes(const std::string& bytes);
     Handler note(const ServerRequest& request);
     void forgetFinished();
 
@@ -116,6 +124,8 @@ class ScriptedServer {
     std::condition_variable changed_;
     std::map<std::string, Handler> handlers_;
     std::vector<ServerRequest> requests_;
+    std::string received_;
+    int accepted_ = 0;
     std::list<Connection> connections_;
 
     std::thread acceptor_;

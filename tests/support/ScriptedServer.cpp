@@ -16,6 +16,8 @@
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 void require(bool isTrue, const char* what)
 {
     if (!isTrue)
@@ -63,6 +65,39 @@ ServerRequest parse(std::string head)
     return request;
 }
 
+std::chrono::milliseconds timeUntil(Clock::time_point deadline)
+{
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    return std::max(left, std::chrono::milliseconds(0));
+}
+
+struct SocketAddress {
+    sockaddr_storage storage{};
+    socklen_t length = 0;
+
+    sockaddr* generic() { return reinterpret_cast<sockaddr*>(&storage); }
+
+    // Stands in the same place in both families.
+    int port() { return ntohs(reinterpret_cast<sockaddr_in*>(&storage)->sin_port); }
+};
+
+SocketAddress addressOf(const std::string& address, int port)
+{
+    SocketAddress made;
+    auto* four = reinterpret_cast<sockaddr_in*>(&made.storage);
+    auto* six = reinterpret_cast<sockaddr_in6*>(&made.storage);
+    if (inet_pton(AF_INET, address.c_str(), &four->sin_addr) == 1) {
+        four->sin_family = AF_INET;
+        made.length = sizeof *four;
+    } else {
+        require(inet_pton(AF_INET6, address.c_str(), &six->sin6_addr) == 1, "that is no address");
+        six->sin6_family = AF_INET6;
+        made.length = sizeof *six;
+    }
+    four->sin_port = htons(static_cast<uint16_t>(port));
+    return made;
+}
+
 }  // namespace
 
 void ServerConnection::answer(int status, const std::string& body, const std::string& headerLines)
@@ -77,10 +112,27 @@ void ServerConnection::answerHead(int status, size_t length, const std::string& 
          std::to_string(length) + "\r\n" + headerLines + "\r\n");
 }
 
-ScriptedServer::ScriptedServer(std::string origin) : origin_(std::move(origin))
+bool ServerConnection::clientLeaves(std::chrono::milliseconds limit)
+{
+    const auto deadline = Clock::now() + limit;
+    char byte;
+    while (stream_.waitForBytes(timeUntil(deadline))) {
+        if (!stream_.receive(byte))
+            return true;
+    }
+    return false;
+}
+
+void ServerConnection::stayUntilClientLeaves()
+{
+    while (!clientLeaves(TestSupport::Patience)) {
+    }
+}
+
+ScriptedServer::ScriptedServer(std::string origin, const ServerPlace& place) : origin_(std::move(origin))
 {
     signal(SIGPIPE, SIG_IGN);
-    listen();
+    listen(place);
 }
 
 ScriptedServer::~ScriptedServer()
@@ -89,18 +141,18 @@ ScriptedServer::~ScriptedServer()
     close(listener_);
 }
 
-void ScriptedServer::listen()
+void ScriptedServer::listen(const ServerPlace& place)
 {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    require(bind(listener_, generic, length) == 0 && ::listen(listener_, SOMAXCONN) == 0 &&
-                getsockname(listener_, generic, &length) == 0,
+    SocketAddress address = addressOf(place.address, place.port);
+    listener_ = socket(address.generic()->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int on = 1;
+    require((place.port == 0 || setsockopt(listener_, SOL_SOCKET, SO_REUSEPORT, &on, sizeof on) == 0) &&
+                bind(listener_, address.generic(), address.length) == 0 &&
+                ::listen(listener_, SOMAXCONN) == 0 &&
+                getsockname(listener_, address.generic(), &address.length) == 0,
             "the server has no port");
-    place_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+    const bool isIpv6 = address.generic()->sa_family == AF_INET6;
+    place_ = (isIpv6 ? "[" + place.address + "]" : place.address) + ":" + std::to_string(address.port());
 }
 
 void ScriptedServer::start(Open open)
@@ -131,6 +183,7 @@ void ScriptedServer::accept()
     for (int peer; (peer = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
         forgetFinished();
         std::lock_guard<std::mutex> lock(mutex_);
+        ++accepted_;
         Connection& connection = connections_.emplace_back();
         connection.socket = peer;
         connection.thread = std::thread([this, &connection] { serve(connection); });
@@ -156,16 +209,24 @@ void ScriptedServer::serve(Connection& connection)
 void ScriptedServer::converse(ByteStream& stream)
 {
     std::string head = readHead(stream);
+    noteBytes(head);
     // A client may go away without having asked for anything.
     if (!isWhole(head))
         return;
     ServerRequest request = parse(std::move(head));
     request.body = readBody(stream, announcedLength(request.head));
+    noteBytes(request.body);
     ServerConnection connection(stream);
     if (const Handler handler = note(request))
         handler(request, connection);
     else
         connection.answer(404, "");
+}
+
+void ScriptedServer::noteBytes(const std::string& bytes)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    received_ += bytes;
 }
 
 ScriptedServer::Handler ScriptedServer::note(const ServerRequest& request)
@@ -228,4 +289,16 @@ int ScriptedServer::countOf(const std::string& path) const
     std::lock_guard<std::mutex> lock(mutex_);
     return static_cast<int>(std::count_if(requests_.begin(), requests_.end(),
                                           [&](const auto& request) { return request.path == path; }));
+}
+
+std::string ScriptedServer::received() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return received_;
+}
+
+int ScriptedServer::connections() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return accepted_;
 }
