@@ -23,10 +23,13 @@ size_t __WriteFileCallback(void* buffer, size_t size, size_t count, void* file)
 
 /**
  * Where the image goes, cut to the length that every reader of the path can hold; empty where the cut would
- * leave nothing of the file's name, because that would be a path outside the image directory.
+ * leave nothing of the file's name, because that would be a path outside the image directory; and where there
+ * is no image directory.
  */
 std::string imagePath(int id, const std::string& url)
 {
+    if (imageFolder().empty())
+        return "";
     std::string path = (imageFolder() + "/" + imageFileName(id, url)).substr(0, MAX_IMAGE_TEXT);
     return path.size() > imageFolder().size() + 1 ? path : "";
 }
