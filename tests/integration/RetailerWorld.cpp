@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char* const LoginFile = CARVOY_RETAILER_LOGIN_FILE;
 
+}  // namespace
+
 std::string answerOf(const std::vector<Item>& items)
 {
     nlohmann::json list = nlohmann::json::array();
@@ -34,8 +36,6 @@ std::string answerOf(const std::vector<Item>& items)
     const std::string count = std::to_string(items.size());
     return nlohmann::json{{"data", {{"itemCount", count}, {"itemList", list}}}}.dump();
 }
-
-}  // namespace
 
 RetailerWorld::RetailerWorld() : keptLogin(LoginFile) {}
 

@@ -22,6 +22,9 @@ struct Item {
     std::string id{};
 };
 
+/** The body of an answer with these products. */
+std::string answerOf(const std::vector<Item>& items);
+
 /**
  * Starts without the program, with a user who is logged in. The login file has one path for all programs of a
  * build: no two of these tests may run at once.
