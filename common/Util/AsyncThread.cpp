@@ -1,10 +1,12 @@
 #include "AsyncThread.h"
 
 #include <ctime>
+#include <system_error>
 
 #include <Ecore.h>
 
 #include "BlockedSignals.h"
+#include "Log.h"
 
 namespace Util {
 
@@ -14,23 +16,36 @@ constexpr timespec POLL_INTERVAL = {0, 50000000};  // 50 ms
 
 }  // namespace
 
+// Not in the initialiser list: the worker uses the members that are declared behind the thread.
 AsyncThread::AsyncThread()
 {
-    BlockedSignals blocked;
-    // Not in the initialiser list: the worker uses the members that are declared behind the thread.
-    mThread = std::make_unique<std::thread>([this] { run(); });
+    start();
 }
 
 AsyncThread::~AsyncThread()
 {
     mStop = true;
-    mThread->join();
+    if (mThread)
+        mThread->join();
+}
+
+void AsyncThread::start()
+{
+    BlockedSignals blocked;
+    try {
+        mThread = std::make_unique<std::thread>([this] { run(); });
+    } catch (const std::system_error& error) {
+        // At load time nobody could catch it.
+        LOG_E("Failed to start the worker thread: %s", error.what());
+    }
 }
 
 void AsyncThread::asyncCall(const std::function<bool()>& work, const std::function<void()>& done)
 {
     std::lock_guard<std::mutex> lock(mMutex);
     mQueue.push_back(std::make_unique<Task>(Task{work, done}));
+    if (!mThread)
+        start();
 }
 
 void AsyncThread::syncCallEcore(const std::function<void()>& func)

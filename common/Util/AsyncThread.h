@@ -20,6 +20,7 @@ namespace Util {
  */
 class AsyncThread {
   public:
+    /** Where the worker cannot be started, which is logged, the next asyncCall() tries again. */
     AsyncThread();
     virtual ~AsyncThread();
     AsyncThread(const AsyncThread&) = delete;
@@ -41,12 +42,13 @@ class AsyncThread {
         std::function<void()> done;
     };
 
+    void start();
     void run();
     std::unique_ptr<Task> takeTask();
     static void complete(void* data);
 
-    std::unique_ptr<std::thread> mThread;
-    std::mutex mMutex;  // guards mQueue
+    std::unique_ptr<std::thread> mThread;  // null where it could not be started
+    std::mutex mMutex;                     // guards mQueue and mThread
     std::list<std::unique_ptr<Task>> mQueue;
     std::atomic<bool> mStop{false};
 };

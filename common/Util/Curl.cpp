@@ -29,13 +29,13 @@ Curl::Curl()
     // Only what every request needs. There is no option for TLS: what libcurl checks by default is what is
     // wanted, and where the trusted certificates lie is the platform's matter.
     mHandle = curl_easy_init();
-    curl_easy_setopt(mHandle, CURLOPT_HEADERFUNCTION, __WriteCallback);
-    curl_easy_setopt(mHandle, CURLOPT_HEADERDATA, &mHeader);
-    curl_easy_setopt(mHandle, CURLOPT_WRITEFUNCTION, __WriteCallback);
-    curl_easy_setopt(mHandle, CURLOPT_WRITEDATA, &mBody);
-    curl_easy_setopt(mHandle, CURLOPT_VERBOSE, 0L);
-    curl_easy_setopt(mHandle, CURLOPT_TIMEOUT, TRANSFER_TIMEOUT_SECONDS);
-    curl_easy_setopt(mHandle, CURLOPT_NOSIGNAL, 1L);
+    setOption(CURLOPT_HEADERFUNCTION, __WriteCallback);
+    setOption(CURLOPT_HEADERDATA, &mHeader);
+    setOption(CURLOPT_WRITEFUNCTION, __WriteCallback);
+    setOption(CURLOPT_WRITEDATA, &mBody);
+    setOption(CURLOPT_VERBOSE, 0L);
+    setOption(CURLOPT_TIMEOUT, TRANSFER_TIMEOUT_SECONDS);
+    setOption(CURLOPT_NOSIGNAL, 1L);
 }
 
 Curl::~Curl()
@@ -64,7 +64,7 @@ long Curl::perform()
         curl_easy_setopt(mHandle, CURLOPT_HTTPHEADER, mHeaderList);
 
     // Blocks until the answer is complete, or the time is up, or there is no answer to be had.
-    CURLcode code = curl_easy_perform(mHandle);
+    CURLcode code = mSetUp == CURLE_OK ? curl_easy_perform(mHandle) : mSetUp;
     if (code != CURLE_OK) {
         LOG_E("curl_easy_perform() failed: %s", curl_easy_strerror(code));
         // The error flags go, the bytes received so far stay.

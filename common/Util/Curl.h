@@ -27,7 +27,8 @@ class Curl {
 
     /**
      * Sends the request and waits for the answer. Returns the HTTP status, whatever it is, or 0 when there
-     * was no answer; that is logged with libcurl's reason.
+     * was no answer; that is logged with libcurl's reason. A handle that could not be prepared for these
+     * streams and this time limit sends nothing: that is no answer, too.
      */
     long perform();
 
@@ -42,9 +43,19 @@ class Curl {
 
     static size_t __WriteCallback(void* data, size_t size, size_t count, void* stream);
 
+    /** Sets what every request needs. */
+    template <typename Value>
+    void setOption(CURLoption option, Value value)
+    {
+        const CURLcode code = curl_easy_setopt(mHandle, option, value);
+        if (mSetUp == CURLE_OK)
+            mSetUp = code;
+    }
+
     std::stringstream mHeader;
     std::stringstream mBody;
     long mResponseCode = 0;
+    CURLcode mSetUp = CURLE_OK;  // the first failure of setOption()
 
   public:
     /** libcurl's easy handle, for the options of this one request. Owned by the object. */

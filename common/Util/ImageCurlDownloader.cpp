@@ -23,10 +23,13 @@ size_t __WriteFileCallback(void* buffer, size_t size, size_t count, void* file)
 
 /**
  * Where the image goes, cut to the length that every reader of the path can hold; empty where the cut would
- * leave nothing of the file's name, because that would be a path outside the image directory.
+ * leave nothing of the file's name, because that would be a path outside the image directory; and where there
+ * is no image directory.
  */
 std::string imagePath(int id, const std::string& url)
 {
+    if (imageFolder().empty())
+        return "";
     std::string path = (imageFolder() + "/" + imageFileName(id, url)).substr(0, MAX_IMAGE_TEXT);
     return path.size() > imageFolder().size() + 1 ? path : "";
 }
@@ -49,16 +52,24 @@ void fetch(CURL* curl, const char* url, FILE* file)
     if (!curl)
         throw std::string("Failed to create curl handler");
 
-    curl_easy_setopt(curl, CURLOPT_URL, url);
-    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, __WriteFileCallback);
-    curl_easy_setopt(curl, CURLOPT_WRITEDATA, file);
-    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 1L);
-    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, MAX_REDIRECTS);
-    curl_easy_setopt(curl, CURLOPT_TIMEOUT, TRANSFER_TIMEOUT_SECONDS);
+    // Without the file to write to, the picture would go to standard output and count as fetched.
+    CURLcode result = CURLE_OK;
+    const auto set = [&](CURLoption option, auto value) {
+        const CURLcode code = curl_easy_setopt(curl, option, value);
+        if (result == CURLE_OK)
+            result = code;
+    };
+    set(CURLOPT_URL, url);
+    set(CURLOPT_WRITEFUNCTION, __WriteFileCallback);
+    set(CURLOPT_WRITEDATA, file);
+    set(CURLOPT_NOPROGRESS, 1L);
+    set(CURLOPT_NOSIGNAL, 1L);
+    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_MAXREDIRS, MAX_REDIRECTS);
+    set(CURLOPT_TIMEOUT, TRANSFER_TIMEOUT_SECONDS);
 
-    CURLcode result = curl_easy_perform(curl);
+    if (result == CURLE_OK)
+        result = curl_easy_perform(curl);
     if (result != CURLE_OK)
         throw std::string("curl_easy_perform failed, result: ") + curl_easy_strerror(result);
 

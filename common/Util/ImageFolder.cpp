@@ -6,7 +6,8 @@
 #include <cstring>
 
 #include <sys/stat.h>
-#include <tzplatform_config.h>
+
+#include "PlatformPath.h"
 
 namespace Util {
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr mode_t DIRECTORY_MODE = 0755;
 
-const std::string imageDirectory = tzplatform_mkpath(TZ_USER_CONTENT, "tmp");
+const std::string imageDirectory = platformPath(TZ_USER_CONTENT, "tmp");
 
 /** The first kind of picture whose name stands anywhere in the URL; else what follows its last dot,
  * uncleaned. */

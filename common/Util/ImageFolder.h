@@ -9,7 +9,8 @@ namespace Util {
 /** As much of a name, a path or a command, in bytes, as everybody who reads them can hold. */
 constexpr size_t MAX_IMAGE_TEXT = 127;
 
-/** The folder, an absolute path: one for the process, whoever downloads. */
+/** The folder, an absolute path: one for the process, whoever downloads. Empty where the platform has none.
+ */
 const std::string& imageFolder();
 
 /** Makes the folder, if it is not there. */

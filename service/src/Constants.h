@@ -4,9 +4,8 @@
 
 #include <string>
 
-#include <tzplatform_config.h>
-
 #include "Operations.h"
+#include "PlatformPath.h"
 #include "SiteValues.h"
 
 namespace Carvoy {
@@ -15,7 +14,7 @@ const std::string UI_APP_ID = "org.tizen.carvoy";
 const std::string SERVICE_APP_ID = "org.tizen.carvoy-service";
 
 const std::string PARTNER_TOKEN_FILE =
-    tzplatform_mkpath(TZ_USER_APP, CARVOY_PARTNER_APP_ID "/shared/trusted/tokens.txt");
+    Util::platformPath(TZ_USER_APP, CARVOY_PARTNER_APP_ID "/shared/trusted/tokens.txt");
 const std::string PARTNER_APP_ID = CARVOY_PARTNER_APP_ID;
 const std::string OPERATION_SHOW_DETAILED_VIEW = PLATFORM_OPERATION("show_detailed_view");
 const std::string OPERATION_SHOW_SEARCH_VIEW = PLATFORM_OPERATION("show_search_view");

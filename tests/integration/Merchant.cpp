@@ -60,6 +60,8 @@ Merchant::Merchant(int port, std::unique_ptr<httplib::Server> server) : server_(
 {
     server_->new_task_queue = [] { return new httplib::ThreadPool(ServerThreads); };
     server_->set_keep_alive_max_count(1);
+    // An answer goes out in two writes.
+    server_->set_tcp_nodelay(true);
     const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
         serve(request, response);
     };

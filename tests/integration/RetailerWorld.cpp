@@ -16,6 +16,27 @@ constexpr const char* const LoginFile = CARVOY_RETAILER_LOGIN_FILE;
 
 }  // namespace
 
+std::string answerOf(const std::vector<Item>& items)
+{
+    nlohmann::json list = nlohmann::json::array();
+    for (const Item& item : items) {
+        nlohmann::json entry = {{"itemNm", item.name}};
+        if (!item.picture.empty())
+            entry["itemImgUrl"] = "http://" CARVOY_RETAILER_API_HOST + item.picture;
+        if (!item.price.empty())
+            entry["displayPrc"] = item.price;
+        if (!item.id.empty())
+            entry["itemId"] = item.id;
+        if (!item.discount.empty())
+            entry["benefitGrp1"] = {{{"type", item.discount}, {"txt", item.text}}};
+        if (!item.badge.empty())
+            entry["benefitGrp2"] = {{{"type", item.badge}}};
+        list.push_back(entry);
+    }
+    const std::string count = std::to_string(items.size());
+    return nlohmann::json{{"data", {{"itemCount", count}, {"itemList", list}}}}.dump();
+}
+
 RetailerWorld::RetailerWorld() : keptLogin(LoginFile) {}
 
 void RetailerWorld::SetUp()
@@ -80,27 +101,6 @@ void RetailerWorld::stock(const std::vector<Item>& items)
         if (!item.badge.empty())
             retailer->answer(iconPath(item.badge), {200, pictureBytes(item.badge), "image/png"});
     }
-}
-
-std::string RetailerWorld::answerOf(const std::vector<Item>& items)
-{
-    nlohmann::json list = nlohmann::json::array();
-    for (const Item& item : items) {
-        nlohmann::json entry = {{"itemNm", item.name}};
-        if (!item.picture.empty())
-            entry["itemImgUrl"] = "http://" CARVOY_RETAILER_API_HOST + item.picture;
-        if (!item.price.empty())
-            entry["displayPrc"] = item.price;
-        if (!item.id.empty())
-            entry["itemId"] = item.id;
-        if (!item.discount.empty())
-            entry["benefitGrp1"] = {{{"type", item.discount}, {"txt", item.text}}};
-        if (!item.badge.empty())
-            entry["benefitGrp2"] = {{{"type", item.badge}}};
-        list.push_back(entry);
-    }
-    const std::string count = std::to_string(items.size());
-    return nlohmann::json{{"data", {{"itemCount", count}, {"itemList", list}}}}.dump();
 }
 
 std::vector<Item> RetailerWorld::threeItems()

@@ -22,6 +22,9 @@ struct Item {
     std::string id{};
 };
 
+/** The body of an answer with these products. */
+std::string answerOf(const std::vector<Item>& items);
+
 /**
  * Starts without the program, with a user who is logged in. The login file has one path for all programs of a
  * build: no two of these tests may run at once.
@@ -51,7 +54,6 @@ class RetailerWorld : public ServiceWorld {
 
     /** A retailer who stocks these products, with their pictures and badges. */
     void stock(const std::vector<Item>& items);
-    static std::string answerOf(const std::vector<Item>& items);
 
     /** Two products of which the first has all there is, and one with nothing. */
     static std::vector<Item> threeItems();

@@ -58,11 +58,16 @@ VoiceWorld::Texts VoiceWorld::sent()
 {
     say({Nlu::action("Show Cart Success")});
     EXPECT_TRUE(waitFor(Fence));
-    const std::lock_guard lock(mutex_);
-    Texts all = std::exchange(arrived_, {});
+    Texts all = taken();
     if (!all.empty())
         all.pop_back();
     return all;
+}
+
+VoiceWorld::Texts VoiceWorld::taken()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(arrived_, {});
 }
 
 std::unique_ptr<TestSupport::RawPeer> VoiceWorld::newApp(const std::string& appId, const std::string& name)

@@ -43,6 +43,9 @@ class VoiceWorld : public ServiceWorld {
      */
     Texts sent();
 
+    /** The same, where the service is known to have nothing left to send. */
+    Texts taken();
+
     std::unique_ptr<TestSupport::RawPeer> partner;
     std::unique_ptr<TestSupport::RawPeer> assistant;
     std::unique_ptr<TestSupport::Recogniser> voice;

@@ -9,9 +9,9 @@
 
 #include <nuvex-da-db.h>
 #include <sqlite3.h>
-#include <tzplatform_config.h>
 
 #include "Log.h"
+#include "PlatformPath.h"
 #include "SiteValues.h"
 
 namespace Carvoy {
@@ -101,9 +101,9 @@ std::string firstColumn(sqlite3_stmt* row)
 // Named by the address whose scripts wrote it, as the web engine names all its local storage files. The
 // service only ever reads it.
 const std::string DBControl::CarvoyDBPath =
-    tzplatform_mkpath(TZ_USER_APP, CARVOY_PARTNER_APP_ID
-                      "/data/chromium-efl/data/Local Storage/"
-                      "https_" CARVOY_MERCHANT_BRIDGE_HOST "_0.localstorage");
+    Util::platformPath(TZ_USER_APP, CARVOY_PARTNER_APP_ID
+                       "/data/chromium-efl/data/Local Storage/"
+                       "https_" CARVOY_MERCHANT_BRIDGE_HOST "_0.localstorage");
 
 // The key stands between double quotes, which SQLite reads as a text where they name no column. It is neither
 // escaped nor bound: one that holds a double quote makes a statement that cannot be prepared.

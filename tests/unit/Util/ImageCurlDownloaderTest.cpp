@@ -231,6 +231,19 @@ TEST_F(ImageDownload, WithoutAHandleTheFileStaysEmpty)
     EXPECT_EQ(Calls::of("curl_easy_cleanup").at(0).arguments, List{"0"});
 }
 
+TEST_F(ImageDownload, AHandleThatCouldNotBePreparedFetchesNothing)
+{
+    for (std::size_t option = 1; option <= 8; ++option) {
+        Calls::fail("curl_easy_setopt", CURLE_OUT_OF_MEMORY, option);
+        EXPECT_FALSE(start(10, "/milk.png")) << option;
+    }
+
+    EXPECT_EQ(Calls::count("curl_easy_perform"), 0U);
+    EXPECT_EQ(errorMessages(), List(8, "curl_easy_perform failed, result: Out of memory"));
+    EXPECT_EQ(fs::file_size(fileOf("10.png")), 0U);
+    EXPECT_TRUE(downloader.downloaded.empty());
+}
+
 TEST_F(ImageDownload, WithoutAStatusItFails)
 {
     Calls::fail("curl_easy_getinfo", CURLE_UNKNOWN_OPTION);

@@ -1,7 +1,9 @@
 // Voice control that refuses, call by call: what the service says, and that it searches all the same.
 #include <algorithm>
 #include <ostream>
+#include <sstream>
 
+#include "FaultControl.h"
 #include "VoiceWorld.h"
 
 namespace ServiceTest {
@@ -49,7 +51,10 @@ class VoiceFault : public VoiceWorld, public testing::WithParamInterface<Fault> 
         VoiceWorld::SetUp();
         ui = std::make_unique<UiPeer>();
         stock(threeProducts());
-        startService(Until::OnBus, {{"VOICE_FAULT", GetParam().functions}}, VOICE_FAULT_SERVICE);
+        std::istringstream functions(GetParam().functions);
+        for (std::string function; std::getline(functions, function, ',');)
+            faults.fail(function, 1);
+        startService(Until::OnBus, faults.variables(), FAULTY_SERVICE);
         voice = std::make_unique<TestSupport::Recogniser>(ServiceId);
     }
 
@@ -75,6 +80,8 @@ class VoiceFault : public VoiceWorld, public testing::WithParamInterface<Fault> 
         texts.erase(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(skipped));
         return texts;
     }
+
+    Faults::FaultControl faults{root + "/faults"};
 };
 
 TEST_P(VoiceFault, IsLoggedAndTheServiceSearchesAndEnds)
