@@ -34,6 +34,11 @@ TEST(ImageFolder, AShortPlainOneIsGivenToTheShell)
     EXPECT_EQ(asked.back(), "system rm -rf /nowhere/tmp");
 }
 
+TEST(ImageFolder, OneInAnotherScriptIsPlain)
+{
+    EXPECT_EQ(probe("/nowhere/그림").front(), "system rm -rf /nowhere/그림");
+}
+
 TEST(ImageFolder, OneThatAShellReadsAsSomethingElseIsNeverGivenToIt)
 {
     for (const std::string path :
