@@ -1,7 +1,5 @@
 #include "HostileServer.h"
 
-#include <sys/socket.h>
-
 #include <ostream>
 #include <utility>
 

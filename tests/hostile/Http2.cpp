@@ -93,10 +93,8 @@ class Http2Connection {
     void answer(int32_t stream)
     {
         const Http2Answer answer = script_.take(requests_[stream]);
-        if (answer.end == Http2Answer::End::StreamReset)
+        if (answer.isReset)
             nghttp2_submit_rst_stream(session_, NGHTTP2_FLAG_NONE, stream, NGHTTP2_INTERNAL_ERROR);
-        else if (answer.end == Http2Answer::End::GoAway)
-            nghttp2_session_terminate_session(session_, NGHTTP2_ENHANCE_YOUR_CALM);
         else
             send(stream, answer);
     }

@@ -17,11 +17,9 @@ using Http2Request = std::map<std::string, std::string>;
 
 /** What a request gets. */
 struct Http2Answer {
-    enum class End { Whole, StreamReset, GoAway };
-
     std::string body;
     int status = 200;
-    End end = End::Whole;  // the others come in place of an answer
+    bool isReset = false;  // the stream is, in place of an answer
 };
 
 /** Answers by path, and notes what it was asked; a path without an answer gets 404. Any thread. */
