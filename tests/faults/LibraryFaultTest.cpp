@@ -118,7 +118,7 @@ bool writeReadAndRemove(const std::string& path, const std::string& text)
     Util::FileContent copy(path.c_str());
     const bool isDone = Util::FileHelper::write(content) && Util::FileHelper::read(copy);
     const bool isRemoved = Util::FileHelper::remove(copy);
-    return isDone && isRemoved && copy.data && text == copy.data;
+    return isDone && isRemoved && copy.data && std::string(copy.data, copy.size) == text + '\0';
 }
 
 TEST_P(LibraryWithFaults, WritesAndReadsWholeFilesAfterwards)
