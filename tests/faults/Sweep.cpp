@@ -87,6 +87,11 @@ std::string nameOf(Mode mode)
     }
 }
 
+void PrintTo(Mode mode, std::ostream* out)
+{
+    *out << nameOf(mode);
+}
+
 std::ostream& operator<<(std::ostream& stream, const Fault& fault)
 {
     return stream << fault.function << ", call " << fault.call << ", " << nameOf(fault.mode);

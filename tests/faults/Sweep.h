@@ -17,6 +17,7 @@ namespace Faults {
 enum class Mode { Once, TwoInARow, FromThenOn };
 
 std::string nameOf(Mode mode);
+void PrintTo(Mode mode, std::ostream* out);
 
 /** What was made to fail. */
 struct Fault {

@@ -90,7 +90,18 @@ void* faulty__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t& tag)
         FAULTS_SITE, []() -> void* { return nullptr; }, [&] { return operator new[](size, tag); });
 }
 
-// std::ifstream, by the functions that the compiler leaves of it: opening, and reading a line.
+// std::ifstream, by the functions that the compiler leaves of it at its levels: opening, and reading a line.
+#define OPEN _ZNSt13basic_filebufIcSt11char_traitsIcEE4openEPKcSt13_Ios_Openmode
+#define CONSTRUCT \
+    _ZNSt14basic_ifstreamIcSt11char_traitsIcEEC1ERKNSt7__cxx1112basic_stringIcS1_SaIcEEESt13_Ios_Openmode
+#define GETLINE \
+    _ZSt7getlineIcSt11char_traitsIcESaIcEERSt13basic_istreamIT_T0_ES7_RNSt7__cxx1112basic_stringIS4_S5_T1_EE
+#define GETLINE_UP_TO \
+    _ZSt7getlineIcSt11char_traitsIcESaIcEERSt13basic_istreamIT_T0_ES7_RNSt7__cxx1112basic_stringIS4_S5_T1_EES4_
+#define FAULTS_JOIN_(one, other) one##other
+#define FAULTS_JOIN(one, other) FAULTS_JOIN_(one, other)
+#define FAULTY(symbol) FAULTS_JOIN(faulty_, symbol)
+
 namespace {
 
 using Buffer = std::basic_filebuf<char>;
@@ -101,23 +112,7 @@ bool openingFails(const void* site)
     return point.fails(site);
 }
 
-}  // namespace
-
-extern "C" Buffer* faulty__ZNSt13basic_filebufIcSt11char_traitsIcEE4openEPKcSt13_Ios_Openmode(
-    Buffer* self, const char* path, std::ios_base::openmode mode);
-extern "C" std::istream&
-faulty__ZSt7getlineIcSt11char_traitsIcESaIcEERSt13basic_istreamIT_T0_ES7_RNSt7__cxx1112basic_stringIS4_S5_T1_EES4_(
-    std::istream& stream, std::string& line, char end);
-
-Buffer* faulty__ZNSt13basic_filebufIcSt11char_traitsIcEE4openEPKcSt13_Ios_Openmode(
-    Buffer* self, const char* path, std::ios_base::openmode mode)
-{
-    return openingFails(FAULTS_SITE) ? errorOf(EACCES, nullptr) : self->open(path, mode);
-}
-
-std::istream&
-faulty__ZSt7getlineIcSt11char_traitsIcESaIcEERSt13basic_istreamIT_T0_ES7_RNSt7__cxx1112basic_stringIS4_S5_T1_EES4_(
-    std::istream& stream, std::string& line, char end)
+std::istream& getline(const void* site, std::istream& stream, std::string& line, char end)
 {
     static Point point("std::getline");
     const auto failure = [&]() -> std::istream& {
@@ -125,8 +120,38 @@ faulty__ZSt7getlineIcSt11char_traitsIcESaIcEERSt13basic_istreamIT_T0_ES7_RNSt7__
         stream.setstate(std::ios_base::badbit);
         return stream;
     };
-    return point.call(FAULTS_SITE, failure,
-                      [&]() -> std::istream& { return std::getline(stream, line, end); });
+    return point.call(site, failure, [&]() -> std::istream& { return std::getline(stream, line, end); });
+}
+
+}  // namespace
+
+extern "C" Buffer* FAULTY(OPEN)(Buffer* self, const char* path, std::ios_base::openmode mode);
+extern "C" void FAULTY(CONSTRUCT)(void* self, const std::string& path, std::ios_base::openmode mode);
+extern "C" std::istream& FAULTY(GETLINE)(std::istream& stream, std::string& line);
+extern "C" std::istream& FAULTY(GETLINE_UP_TO)(std::istream& stream, std::string& line, char end);
+
+Buffer* FAULTY(OPEN)(Buffer* self, const char* path, std::ios_base::openmode mode)
+{
+    return openingFails(FAULTS_SITE) ? errorOf(EACCES, nullptr) : self->open(path, mode);
+}
+
+void FAULTY(CONSTRUCT)(void* self, const std::string& path, std::ios_base::openmode mode)
+{
+    auto* const stream = new (self) std::ifstream;
+    if (openingFails(FAULTS_SITE))
+        stream->setstate(std::ios_base::failbit);
+    else
+        stream->open(path, mode);
+}
+
+std::istream& FAULTY(GETLINE)(std::istream& stream, std::string& line)
+{
+    return getline(FAULTS_SITE, stream, line, '\n');
+}
+
+std::istream& FAULTY(GETLINE_UP_TO)(std::istream& stream, std::string& line, char end)
+{
+    return getline(FAULTS_SITE, stream, line, end);
 }
 
 // Threads: one that cannot start, and how many run.
@@ -151,14 +176,11 @@ class Counted : public State {
 }  // namespace
 
 #define START_THREAD _ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE
-#define FAULTS_JOIN_(one, other) one##other
-#define FAULTS_JOIN(one, other) FAULTS_JOIN_(one, other)
 
 extern "C" void START_THREAD(std::thread* self, std::unique_ptr<State> state, void (*needed)());
-extern "C" void FAULTS_JOIN(faulty_, START_THREAD)(std::thread* self, std::unique_ptr<State> state,
-                                                   void (*needed)());
+extern "C" void FAULTY(START_THREAD)(std::thread* self, std::unique_ptr<State> state, void (*needed)());
 
-void FAULTS_JOIN(faulty_, START_THREAD)(std::thread* self, std::unique_ptr<State> state, void (*needed)())
+void FAULTY(START_THREAD)(std::thread* self, std::unique_ptr<State> state, void (*needed)())
 {
     static Point point("std::thread");
     if (point.fails(FAULTS_SITE))
