@@ -38,17 +38,56 @@ constexpr int MaxNesting = 1024;
 constexpr const char* Spaces = " \t\r\n";
 constexpr const char* WordCharacters = ",:0123456789+-.eEtrufalsn";
 
-// The end of the text that begins behind a double quote.
+// Reads the four digits of an escape, and of fewer also what stands behind them, which json-glib takes with
+// them. False where that is the text's closing quote, or begins the next escape.
+bool readDigits(const char*& position, unsigned& value)
+{
+    value = 0;
+    for (int shift = 12; shift >= 0; shift -= 4) {
+        if (*position == '"' || *position == '\\' || !*position)
+            return false;
+        const char digit = *position++;
+        if (!g_ascii_isxdigit(digit))
+            return true;
+        value |= static_cast<unsigned>(g_ascii_xdigit_value(digit)) << shift;
+    }
+    return true;
+}
+
+// The end of an escape; null for one in which json-glib loses its way. It takes what stands behind half of a
+// surrogate pair with it, also the quote that closes the text, so that all that follows would be something
+// else to it than to us; and where a wrong half follows it refuses the text and never releases it.
+const char* endOfEscape(const char* position)
+{
+    if (position[1] != 'u' || !g_ascii_isxdigit(position[2]))
+        return position + (position[1] ? 2 : 1);
+    position += 2;
+    unsigned first = 0;
+    unsigned second = 0;
+    if (!readDigits(position, first))
+        return nullptr;
+    if (first < 0xd800 || first > 0xdfff)
+        return position;
+    if (*position != '\\')
+        return *position == '"' || !*position ? nullptr : position + 1;
+    if (position[1] != 'u')
+        return position + (position[1] ? 2 : 1);
+    position += 2;
+    const bool pair = readDigits(position, second) && first < 0xdc00 && second >= 0xdc00 && second <= 0xdfff;
+    return pair ? position : nullptr;
+}
+
+// The end of the text that begins behind a double quote; null as above.
 const char* endOfText(const char* position)
 {
-    while (*position && *position != '"')
-        position += position[0] == '\\' && position[1] ? 2 : 1;
+    while (position && *position && *position != '"')
+        position = *position == '\\' ? endOfEscape(position) : position + 1;
     return position;
 }
 
 // json-glib 1.6 takes more than JSON, such as comments and several values in a row, and goes down into nested
 // ones by recursion. What this refuses is not shown to it. Of what is left it checks the grammar, but for
-// numbers, escapes and control characters in texts, with which it is generous.
+// numbers, escapes and control characters in texts, with which it is generous, as far as it finds back.
 bool isFitForParsing(const char* json)
 {
     int depth = 0;
@@ -67,7 +106,7 @@ bool isFitForParsing(const char* json)
             position += length - 1;
         else
             return false;
-        if (!*position || depth < 0 || depth > MaxNesting || values > 1)
+        if (!position || !*position || depth < 0 || depth > MaxNesting || values > 1)
             return false;
     }
     return true;

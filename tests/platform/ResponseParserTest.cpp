@@ -257,6 +257,31 @@ TEST(AResponse, MayHaveAnyBracketsInItsTexts)
             << start;
 }
 
+// json-glib takes what stands behind half of a surrogate pair, or behind too few digits, for a part of the
+// escape.
+TEST(AResponse, HasNoEscapeThatTakesTheEndOfItsTextWithIt)
+{
+    const std::string many(100'000, '[');
+    for (const std::string escape :
+         {"\\ud83d", "\\udc00", "\\ud8", "\\u0", "\\u00e", "\\ud83d\\udc", "\\u0\\"}) {
+        EXPECT_EQ(parse("{\"a\": [\"" + escape + "\", \"," + many + "\"]}"), NDP_ERROR_PARSE_JSON_FAILED)
+            << escape;
+        EXPECT_EQ(parse("{\"" + escape + "\": \"\", \"\": \":" + many + "\"}"), NDP_ERROR_PARSE_JSON_FAILED)
+            << escape;
+    }
+    for (const std::string text :
+         {"\\ud83dx", "\\ud83d\\\"", "\\ud83d\\\\", "\\u0g", "\\u", "\\ud83d\\ude00"})
+        EXPECT_EQ(parse("{\"a\": [\"" + text + many + "\", \"," + many + "\"]}"), NDP_ERROR_NONE) << text;
+}
+
+// json-glib refuses these as well, but never releases what it has read of the text.
+TEST(AResponse, HasNoPairOfHalvesThatDoNotBelongTogether)
+{
+    for (const char* pair :
+         {"\\ud83d\\ud83d", "\\udc00\\udc00", "\\ud83d\\u0041", "\\ud83d\\u", "\\ud83d\\udzz"})
+        EXPECT_EQ(parse("{\"a\": \"" + std::string(pair) + "\"}"), NDP_ERROR_PARSE_JSON_FAILED) << pair;
+}
+
 TEST(AnActionName, IsTheTextAsItIs)
 {
     EXPECT_EQ(actionNameOf(R"("Commerce Check Out")"), "Commerce Check Out");

@@ -116,7 +116,7 @@ std::string DBControl::getTextValueFromTextKey(std::string key)
         LOG_E("Path: %s", CarvoyDBPath.c_str());
         return value;
     }
-
+    sqlite3_progress_handler(database, CarvoyDBMaxSteps, giveUp, nullptr);
     sqlite3_busy_timeout(database, CarvoyDBTimeout);
     std::stringstream select;
     select << "SELECT " << CarvoyDBColumnValue << " FROM " << CarvoyDBTableName;

@@ -25,7 +25,7 @@ class DBControl {
      * The text stored under `key` in the partner app's web local storage, up to its first zero byte. Empty
      * where there is none, and after an error, which is logged. The key goes into the statement as it stands:
      * one that holds a double quote finds nothing. Waits for the partner app's own writing for 3 seconds at
-     * most.
+     * most, and gives up a look-up that does not come to an end.
      */
     static std::string getTextValueFromTextKey(std::string key);
 
@@ -41,6 +41,11 @@ class DBControl {
     static inline const std::string CarvoyDBColumnKey = "key";
     static inline const std::string CarvoyDBColumnValue = "value";
     static constexpr int CarvoyDBTimeout = 3000;  // ms
+
+    // Of the database's machine. A search through all rows of the largest file that the web engine makes
+    // takes less; one that a file's schema makes endless is given up.
+    static constexpr int CarvoyDBMaxSteps = 4'000'000;
+    static int giveUp(void*) { return 1; }
 
     static inline const std::string CarvoyNDDColumnIsLoggedIn = "isLoggedIn";
     static inline const std::string CarvoyNDDColumnIsLinked = "isLinked";

@@ -24,7 +24,8 @@ namespace JsonReader {
  * Loads `text`. False if it is not JSON, and also if objects and arrays are nested deeper than 1024, because
  * json-glib, which reads and releases them recursively, would overflow the stack. Behind a comment or a
  * single quote, which json-glib may take and JSON does not have, each opening bracket counts as one level
- * more.
+ * more. Several values in a row are no JSON, nor is a text with an escape that takes its end with it, though
+ * json-glib takes some of them.
  */
 bool load(JsonParser* parser, const std::string& text);
 
@@ -48,7 +49,8 @@ JsonObject* firstObjectOf(JsonObject* object, const char* arrayName);
 
 /**
  * The member's text; null if there is none or it is something else, also if it is not UTF-8, which an escaped
- * half of a character makes it: no message can carry that.
+ * half of a character makes it, or has a code point that Unicode keeps free of characters, such as U+FFFF: no
+ * message can carry that.
  */
 const char* stringMember(JsonObject* object, const char* name);
 

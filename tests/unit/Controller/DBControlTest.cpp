@@ -356,6 +356,31 @@ TEST_F(LocalStorageTest, AFailedStepShowsAsAColumnOfNoType)
     EXPECT_EQ(Calls::count("sqlite3_close"), 1u);
 }
 
+// The file's own words say what the table is.
+TEST_F(LocalStorageTest, ALookUpWithoutAnEndIsGivenUp)
+{
+    execute("DROP TABLE ItemTable");
+    execute(
+        "CREATE VIEW ItemTable AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)"
+        " SELECT 'none' || i AS key, x'61' AS value FROM n");
+    Calls::reset();
+    EXPECT_EQ(DBControl::getTextValueFromTextKey("some"), "");
+    EXPECT_EQ(loggedErrors(), Texts{"getTextValueFromTextKey: Invalid column type: 5"});
+    EXPECT_EQ(Calls::count("sqlite3_finalize"), 1u);
+    EXPECT_EQ(Calls::count("sqlite3_close"), 1u);
+}
+
+TEST_F(LocalStorageTest, ManyRowsAreNoReasonToGiveUp)
+{
+    execute("DROP TABLE ItemTable");
+    execute("CREATE TABLE ItemTable (key TEXT, value BLOB)");
+    execute(
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 250000)"
+        " INSERT INTO ItemTable SELECT 'key' || i, x'61' FROM n");
+    store("last", "x'62'");
+    EXPECT_EQ(DBControl::getTextValueFromTextKey("last"), "b");
+}
+
 TEST_F(LocalStorageTest, ARowOfAnotherWidthIsRefused)
 {
     store("key", "x'61'");

@@ -126,6 +126,33 @@ TEST(JsonNestingTest, ACommentOrASingleQuoteIsNoReasonToRefuseAShallowText)
     EXPECT_TRUE(loads("{\"products\": [/* one */ {\"name\": 'Milk'}]} /* that is all */"));
 }
 
+// json-glib takes what stands behind half of a character, or behind too few digits, for a part of the escape:
+// also the quote that closes the text. What follows would be a text to it, and the next text would not.
+TEST(JsonNestingTest, AnEscapeThatTakesItsTextsEndWithItHidesNoBracket)
+{
+    for (const char* escape :
+         {"\\ud83d", "\\udc00", "\\ud8", "\\u0", "\\u00e", "\\ud83d\\udc", "\\ud83d\\udc0"}) {
+        const std::string text = "\"" + std::string(escape) + "\"";
+        EXPECT_FALSE(loads("[" + text + ", \"," + repeat("[", 100000) + "\"]")) << escape;
+        EXPECT_FALSE(loads("{" + text + ": \"\", \"\": \":" + repeat("[", 100000) + "\"}")) << escape;
+    }
+}
+
+TEST(JsonNestingTest, AnEscapeThatTakesABackslashWithItHidesNoBracket)
+{
+    for (const char* escape : {"\\u0", "\\u00e", "\\ud8", "\\ud83d\\udc"})
+        EXPECT_FALSE(loads("[\"" + std::string(escape) + "\\\"," + repeat("[", 100000) + "\"]")) << escape;
+}
+
+TEST(JsonNestingTest, AnEscapeOfHalfACharacterIsNoReasonToRefuseAShallowText)
+{
+    const std::string brackets = repeat("[{", 100000);
+    for (const char* text :
+         {"\\ud83dx", "\\ud83d ", "\\ud83d\\n", "\\ud83d\\\"", "\\ud83d\\\\", "\\udc00x", "\\u0g", "\\u",
+          "\\ux", "\\ud8x!", "\\ud83d\\ude00", "\\uD83D\\uDE00", "\\u00e9", "\\ud83d\\udcx"})
+        EXPECT_TRUE(loads("[\"" + std::string(text) + brackets + "\", \"" + brackets + "\"]")) << text;
+}
+
 TEST(JsonNestingTest, AZeroByteHidesNoBracket)
 {
     EXPECT_FALSE(loads(std::string("[\0", 2) + arrays(100000) + "]"));

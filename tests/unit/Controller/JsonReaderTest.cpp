@@ -93,6 +93,50 @@ TEST_F(JsonReaderTest, ATextThatIsNotUtf8IsNone)
     EXPECT_STREQ(JsonReader::stringMember(object(R"({"member": "\ud83d\ude00"})"), "member"), "😀");
 }
 
+// Unicode keeps them free of characters, and the bus refuses them with the whole message.
+TEST_F(JsonReaderTest, ATextWithANoncharacterIsNone)
+{
+    for (const char* point :
+         {"\\uffff", "\\ufffe", "\\ufdd0", "\\ufdef", "\\ud83f\\udfff", "\\udbff\\udffe", "\xEF\xBF\xBF"}) {
+        JsonObject* root = object("{\"member\": \"milk " + std::string(point) + "!\"}");
+        EXPECT_EQ(JsonReader::stringMember(root, "member"), nullptr) << point;
+    }
+    for (const char* point : {"\\ufffd", "\\ufdcf", "\\ufdf0", "\\ud83f\\udffd", "\\ud840\\udc00"}) {
+        JsonObject* root = object("{\"member\": \"" + std::string(point) + "\"}");
+        EXPECT_NE(JsonReader::stringMember(root, "member"), nullptr) << point;
+    }
+}
+
+// json-glib takes the first of them, loses an object or array behind it, and never releases that.
+TEST_F(JsonReaderTest, SeveralValuesInARowAreNotLoaded)
+{
+    for (const char* text : {"[][]", "{} {}", "1 []", "\"\"[]", "null{}", "{}\n[{}]", "/ a /{}{}", "'a'[]",
+                             "{'}': 1}{}", "{\"a\": \"{\"}[]", "[/ ] /]{}", "var a = {}; {}", "[] var a = []",
+                             "null var a = []", "var a = {} var b = {}", "{\"a\": \"\\ud83d\\\"\"}[]"}) {
+        const JsonParserPtr parser(json_parser_new());
+        EXPECT_FALSE(JsonReader::load(parser.get(), text)) << text;
+    }
+}
+
+TEST_F(JsonReaderTest, OneValueIsLoadedWhateverStandsAroundIt)
+{
+    for (const char* text : {" [] ", "\xEF\xBB\xBF{}", "var a = {};", "var a1 = / b / []", "/ {} / [] / {} /",
+                             "1", "\"{}[]\"", "[[], {}, [{}]]", "{\"a\": {}, \"b\": []}"}) {
+        const JsonParserPtr parser(json_parser_new());
+        EXPECT_TRUE(JsonReader::load(parser.get(), text)) << text;
+    }
+}
+
+// json-glib refuses both anyway, but never releases what it has read of the text.
+TEST_F(JsonReaderTest, TwoHalvesThatMakeNoCharacterAreNotLoaded)
+{
+    for (const char* text : {R"(["\ud83d\ud83d"])", R"(["\udc00\udc00"])", R"(["\ud83d\u0041"])",
+                             R"(["\ud83d\u"])", R"(["\ud83d\udzz"])", R"(["\ud83d\ue000")"}) {
+        const JsonParserPtr parser(json_parser_new());
+        EXPECT_FALSE(JsonReader::load(parser.get(), text)) << text;
+    }
+}
+
 TEST_F(JsonReaderTest, ARootObjectIsLoadedIntoAParserOfItsOwn)
 {
     JsonParserPtr parser;
