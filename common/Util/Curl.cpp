@@ -33,9 +33,9 @@ Curl::Curl()
     setOption(CURLOPT_HEADERDATA, &mHeader);
     setOption(CURLOPT_WRITEFUNCTION, __WriteCallback);
     setOption(CURLOPT_WRITEDATA, &mBody);
-    setOption(CURLOPT_VERBOSE, 0L);
+    curl_easy_setopt(mHandle, CURLOPT_VERBOSE, 0L);
     setOption(CURLOPT_TIMEOUT, TRANSFER_TIMEOUT_SECONDS);
-    setOption(CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(mHandle, CURLOPT_NOSIGNAL, 1L);
 }
 
 Curl::~Curl()

@@ -43,7 +43,7 @@ class Curl {
 
     static size_t __WriteCallback(void* data, size_t size, size_t count, void* stream);
 
-    /** Sets what every request needs. */
+    /** Sets an option without which no request may be sent. */
     template <typename Value>
     void setOption(CURLoption option, Value value)
     {

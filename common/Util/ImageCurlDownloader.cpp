@@ -52,20 +52,21 @@ void fetch(CURL* curl, const char* url, FILE* file)
     if (!curl)
         throw std::string("Failed to create curl handler");
 
-    // Without the file to write to, the picture would go to standard output and count as fetched.
+    // Without the file to write to, the picture would go to standard output and count as fetched; without its
+    // limit the transfer might never end.
     CURLcode result = CURLE_OK;
     const auto set = [&](CURLoption option, auto value) {
         const CURLcode code = curl_easy_setopt(curl, option, value);
         if (result == CURLE_OK)
             result = code;
     };
-    set(CURLOPT_URL, url);
+    curl_easy_setopt(curl, CURLOPT_URL, url);
     set(CURLOPT_WRITEFUNCTION, __WriteFileCallback);
     set(CURLOPT_WRITEDATA, file);
-    set(CURLOPT_NOPROGRESS, 1L);
-    set(CURLOPT_NOSIGNAL, 1L);
-    set(CURLOPT_FOLLOWLOCATION, 1L);
-    set(CURLOPT_MAXREDIRS, MAX_REDIRECTS);
+    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 1L);
+    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, MAX_REDIRECTS);
     set(CURLOPT_TIMEOUT, TRANSFER_TIMEOUT_SECONDS);
 
     if (result == CURLE_OK)

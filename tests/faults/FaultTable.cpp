@@ -51,25 +51,29 @@ FaultTable::FaultTable(const std::string& scenario)
 
 const Outcome* FaultTable::find(const std::string& function, std::uint32_t call) const
 {
-    for (const Row& row : rows_) {
-        if (row.function == function && call >= row.first && call <= row.last)
-            return &row.outcome;
-    }
-    return nullptr;
+    const std::vector<const Outcome*> found = between(function, call, call);
+    return found.empty() ? nullptr : found.front();
 }
 
-// Calls are "3", "3-5" or "*".
+std::vector<const Outcome*> FaultTable::between(const std::string& function, std::uint32_t first,
+                                                std::uint32_t last) const
+{
+    std::vector<const Outcome*> found;
+    for (const Row& row : rows_) {
+        if (row.function == function && last >= row.first && first <= row.last)
+            found.push_back(&row.outcome);
+    }
+    return found;
+}
+
+// Calls are "3" or "3-5".
 FaultTable::Row FaultTable::rowOf(const std::vector<std::string>& fields)
 {
     const std::string& calls = fields[2];
     const std::size_t dash = calls.find('-');
-    std::uint32_t first = 1;
-    std::uint32_t last = UINT32_MAX;
-    if (calls != "*") {
-        first = static_cast<std::uint32_t>(std::stoul(calls));
-        last = dash == std::string::npos ? first
-                                         : static_cast<std::uint32_t>(std::stoul(calls.substr(dash + 1)));
-    }
+    const auto first = static_cast<std::uint32_t>(std::stoul(calls));
+    const auto last =
+        dash == std::string::npos ? first : static_cast<std::uint32_t>(std::stoul(calls.substr(dash + 1)));
     return {fields[1], first, last, {fields[3], errorsOf(fields[4])}};
 }
 

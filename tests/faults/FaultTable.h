@@ -22,6 +22,10 @@ class FaultTable {
     /** Null where the table has no row for the call. */
     const Outcome* find(const std::string& function, std::uint32_t call) const;
 
+    /** What any call of the function from `first` to `last` leads to. */
+    std::vector<const Outcome*> between(const std::string& function, std::uint32_t first,
+                                        std::uint32_t last) const;
+
   private:
     struct Row {
         std::string function;

@@ -78,9 +78,9 @@ class FaultedService {
     void expectBothOutputs() const;
 
     /**
-     * Expects the errors that the table has for the fault: these and no others where it comes alone, the
-     * first of them where it goes on. @p record is what has become of the status record, as the table names
-     * it.
+     * Expects the errors that the table has for the fault: these and no others where it comes alone; where it
+     * goes on, the first of this call's or of a later one's, and none that the table does not have for the
+     * function. @p record is what has become of the status record, as the table names it.
      */
     void expectErrors(const Fault& fault, const FaultTable& table, const std::string& record) const;
 
@@ -88,6 +88,8 @@ class FaultedService {
     Screen screen;
 
   private:
+    void expectErrorsOfSeveral(const Fault& fault, const FaultTable& table) const;
+
     const std::string appId_;
     const std::string logPath_;
     const ServiceTest::PlatformLog log_;

@@ -62,8 +62,8 @@ class StartWithFaults : public LifeWithFaults {
             expectASearchToWork();
         endIfItRuns();
         before = status();
-        faulted->forgetOutput();
         service.reset();
+        faulted->forgetOutput();
     }
 
     void play() { isRunning = startFaulted(); }

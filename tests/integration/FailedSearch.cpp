@@ -64,7 +64,7 @@ void FailedSearch::putRight()
 {
     openMerchant(authority.issue({CARVOY_MERCHANT_BRIDGE_HOST}));
     std::filesystem::remove(tokenFile());
-    writeTokens("session,access");
+    writeTokens();
 }
 
 }  // namespace ServiceTest

@@ -93,7 +93,11 @@ class ServiceWorld : public testing::Test {
     std::optional<StatusRecord> status() const;
     std::string responseFlag() const;  // the setting's file; empty without one
     std::string tokenFile() const;
-    void writeTokens(const std::string& content) const;
+    void writeTokens(const std::string& content = std::string(SessionToken) + "," + AccessToken + "\n") const;
+    std::string logFile() const
+    {
+        return root + ".log";
+    }  // the platform's; beside the folder, which tests fill
     std::string picturesFolder() const { return root + "/media/tmp"; }
     std::vector<std::string> pictureFiles() const;  // names, sorted
 

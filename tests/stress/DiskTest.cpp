@@ -114,7 +114,7 @@ class AFullDisk : public ADisk {
     {
         disk = std::make_unique<SmallDisk>(root, bytes);
         authority.writeAuthority(root + "/ca.pem");
-        writeTokens("session,access");
+        writeTokens();
     }
 
     Texts filesOf(const std::string& folder) const

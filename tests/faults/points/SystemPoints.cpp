@@ -22,6 +22,7 @@ using Faults::plan;
 using Faults::Point;
 using Faults::tell;
 
+POINT2(lstat, errorOf(EIO, -1))
 POINT2(fopen, errorOf(EACCES, nullptr))
 POINT4(fread, errorOf(EIO, size_t{0}))
 POINT4(fwrite, errorOf(ENOSPC, size_t{0}))

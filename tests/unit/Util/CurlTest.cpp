@@ -161,14 +161,14 @@ TEST_F(CurlObject, WithoutAHandleNothingIsAnswered)
 
 TEST_F(CurlObject, AHandleThatCouldNotBePreparedSendsNothing)
 {
-    for (std::size_t option = 1; option <= 7; ++option) {
+    for (std::size_t option : {1, 2, 3, 4, 6}) {  // the streams, the time limit
         Calls::fail("curl_easy_setopt", CURLE_OUT_OF_MEMORY, option);
         Curl curl;
         EXPECT_EQ(curl.perform(), 0) << option;
     }
 
     EXPECT_EQ(Calls::count("curl_easy_perform"), 0U);
-    EXPECT_EQ(errorMessages(), List(7, "curl_easy_perform() failed: Out of memory"));
+    EXPECT_EQ(errorMessages(), List(5, "curl_easy_perform() failed: Out of memory"));
 }
 
 TEST_F(CurlObject, EscapesWhatAUrlCannotHold)
