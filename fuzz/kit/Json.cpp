@@ -25,9 +25,15 @@ Json::Json(const std::string& text)
     if (std::count_if(text.begin(), text.end(), isBracket) > FEW_BRACKETS ||
         text.find('\0') != std::string::npos)
         return;
+    bool hasZeroInName = false;
+    const auto look = [&](int, nlohmann::json::parse_event_t event, nlohmann::json& name) {
+        if (event == nlohmann::json::parse_event_t::key)
+            hasZeroInName |= name.get_ref<const std::string&>().find('\0') != std::string::npos;
+        return true;
+    };
     const bool throwing = false;
-    auto root = std::make_shared<const nlohmann::json>(nlohmann::json::parse(text, nullptr, throwing));
-    if (root->is_discarded())
+    auto root = std::make_shared<const nlohmann::json>(nlohmann::json::parse(text, look, throwing));
+    if (root->is_discarded() || hasZeroInName)
         return;
     root_ = std::move(root);
     value_ = root_.get();

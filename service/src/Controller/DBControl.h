@@ -42,8 +42,8 @@ class DBControl {
     static inline const std::string CarvoyDBColumnValue = "value";
     static constexpr int CarvoyDBTimeout = 3000;  // ms
 
-    // Of the database's machine. A search through all rows of the largest file that the web engine makes
-    // takes less; one that a file's schema makes endless is given up.
+    // Of the database's machine. A search through a million rows takes less; one that a file's schema makes
+    // endless is given up.
     static constexpr int CarvoyDBMaxSteps = 4'000'000;
     static int giveUp(void*) { return 1; }
 
