@@ -66,6 +66,14 @@ std::vector<const Outcome*> FaultTable::between(const std::string& function, std
     return found;
 }
 
+std::vector<const Outcome*> FaultTable::all() const
+{
+    std::vector<const Outcome*> outcomes;
+    for (const Row& row : rows_)
+        outcomes.push_back(&row.outcome);
+    return outcomes;
+}
+
 // Calls are "3" or "3-5".
 FaultTable::Row FaultTable::rowOf(const std::vector<std::string>& fields)
 {

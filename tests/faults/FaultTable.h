@@ -26,6 +26,9 @@ class FaultTable {
     std::vector<const Outcome*> between(const std::string& function, std::uint32_t first,
                                         std::uint32_t last) const;
 
+    /** What any call leads to. */
+    std::vector<const Outcome*> all() const;
+
   private:
     struct Row {
         std::string function;

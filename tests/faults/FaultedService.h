@@ -79,8 +79,8 @@ class FaultedService {
 
     /**
      * Expects the errors that the table has for the fault: these and no others where it comes alone; where it
-     * goes on, the first of this call's or of a later one's, and none that the table does not have for the
-     * function. @p record is what has become of the status record, as the table names it.
+     * goes on, the first of this call's or of a later one's, and none that the table does not have. @p record
+     * is what has become of the status record, as the table names it.
      */
     void expectErrors(const Fault& fault, const FaultTable& table, const std::string& record) const;
 
