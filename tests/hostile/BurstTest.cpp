@@ -70,6 +70,8 @@ class ABurst : public ServiceWorld {
         for (std::size_t i = line; i < lines.size(); ++i) {
             if (lines[i].message == "app_control")
                 handled.push_back(Kind::Ignored);
+            else if (handled.empty())
+                continue;
             else if (lines[i].message == "Invalid extra data")
                 handled.back() = Kind::WithoutATerm;
             else if (lines[i].message == "Invalid access token")

@@ -1,5 +1,7 @@
 // Servers that never come to an end: the service waits for as long as it is to wait, and no longer. Each of
 // them has a service, a bus and a merchant of its own, so that all are waited for at once.
+#include <filesystem>
+
 #include "HostileWorld.h"
 
 namespace ServiceTest {
@@ -24,6 +26,7 @@ class Household : public HostileWorld {
         bus.use();
         FailedSearch::SetUp();
         before_ = log.lines().size();
+        began_ = std::filesystem::file_time_type::clock::now();
         misbehave(standForMerchant(openingOf(stall_, authority, merchantHost())), Merchant::SearchPath,
                   stall_);
         EXPECT_EQ(search(), "");
@@ -33,6 +36,7 @@ class Household : public HostileWorld {
     {
         bus.use();
         EXPECT_TRUE(log.waitFor("curl perform failed: 0", 1, SearchLimit + TestSupport::Patience));
+        expectTheWholeOf(SearchLimit);
         EXPECT_EQ(textOf(resultMessage(), "key_total_num_of_products"), "0");
         EXPECT_EQ(loggedSince(before_), Logged::noAnswer(TimeIsUp));
         EXPECT_EQ(status(), (StatusRecord{1, 0, 0, {}, {}}));
@@ -47,6 +51,7 @@ class Household : public HostileWorld {
         misbehave(stand(PictureHost, HttpsPort, openingOf(stall_, authority, PictureHost)), "/hostile.png",
                   stall_);
         FailedSearch::SetUp();
+        began_ = std::filesystem::file_time_type::clock::now();
         searchWithPicture(pictureUrl());
     }
 
@@ -55,6 +60,7 @@ class Household : public HostileWorld {
         bus.use();
         EXPECT_TRUE(
             log.waitFor("Failed to startDownload for index 0", 1, PictureLimit + TestSupport::Patience));
+        expectTheWholeOf(PictureLimit);
         expectPictureFailure(std::string("curl_easy_perform failed, result: ") + TimeIsUp);
         HostileWorld::TearDown();
     }
@@ -63,6 +69,13 @@ class Household : public HostileWorld {
 
   private:
     void TestBody() override {}
+
+    // The last line logged is the one that was waited for: nothing else has happened here since. The bound
+    // leaves room for the clock that stamps files.
+    void expectTheWholeOf(seconds limit) const
+    {
+        EXPECT_GE(std::filesystem::last_write_time(logFile()) - began_, limit - seconds(1));
+    }
 
     void end()
     {
@@ -73,6 +86,7 @@ class Household : public HostileWorld {
 
     const Hostility stall_;
     std::size_t before_ = 0;
+    std::filesystem::file_time_type began_;
 };
 
 std::vector<std::unique_ptr<Household>> households(const std::vector<Hostility>& stalls)
