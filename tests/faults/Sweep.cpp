@@ -100,11 +100,13 @@ std::ostream& operator<<(std::ostream& stream, const Fault& fault)
 void sweep(FaultControl& faults, const Scenario& scenario, Mode mode)
 {
     const std::map<std::string, std::uint32_t> functions = callsOf(faults, scenario);
+    std::uint32_t chosen = 0;
     std::uint32_t calls = 0;
     std::uint32_t runs = 0;
     for (const auto& [function, count] : functions) {
         if (!isChosen(scenario, function))
             continue;
+        ++chosen;
         calls += count;
         std::uint32_t call = 1;
         const auto arm = [&, &name = function] {
@@ -119,8 +121,8 @@ void sweep(FaultControl& faults, const Scenario& scenario, Mode mode)
         if (!goesOn())
             break;
     }
-    std::cout << scenario.name << ", " << nameOf(mode) << ": " << functions.size() << " functions, "
-              << faults.sites() << " call sites, " << calls << " calls when nothing fails, " << runs
+    std::cout << scenario.name << ", " << nameOf(mode) << ": " << chosen << " functions, " << faults.sites()
+              << " call sites, " << calls << " calls when nothing fails, " << runs
               << " runs with a failure\n";
 }
 
