@@ -87,9 +87,10 @@ size_t endOfString(const std::string& text, size_t begin)
 }
 
 /**
- * True if json-glib would go deeper than MAX_NESTING in `text`, or that cannot be told. Where a text leaves
- * plain JSON (comments, single quotes: json-glib takes some of them), all brackets behind that point count as
- * opening ones, so that nothing can be hidden from the count.
+ * True if json-glib would go deeper than MAX_NESTING in `text`, or that cannot be told. "var name =", which
+ * it takes in front of a value, and in front of another one of these, is a level like a bracket's that is
+ * never closed. Where a text leaves plain JSON (comments, single quotes: json-glib takes some of them), all
+ * brackets behind that point count as opening ones, so that nothing can be hidden from the count.
  */
 bool isTooDeep(const std::string& text)
 {
@@ -109,6 +110,7 @@ bool isTooDeep(const std::string& text)
                 break;
             case '[':
             case '{':
+            case '=':
                 if (++depth > MAX_NESTING)
                     return true;
                 break;

@@ -153,6 +153,30 @@ TEST(JsonNestingTest, AnEscapeOfHalfACharacterIsNoReasonToRefuseAShallowText)
         EXPECT_TRUE(loads("[\"" + std::string(text) + brackets + "\", \"" + brackets + "\"]")) << text;
 }
 
+// json-glib goes one level down at each of them, before it has come to a value.
+TEST(JsonNestingTest, AnAssignmentIsOneLevel)
+{
+    EXPECT_TRUE(loads(repeat("var a = ", LIMIT) + "1"));
+    EXPECT_FALSE(loads(repeat("var a = ", LIMIT + 1) + "1"));
+    EXPECT_TRUE(loads("var a = var b = " + arrays(LIMIT - 2)));
+    EXPECT_FALSE(loads("var a = var b = " + arrays(LIMIT - 1)));
+}
+
+TEST(JsonNestingTest, AMillionAssignmentsAreRefusedWhereverTheyStand)
+{
+    const std::string assignments = repeat("var a=", 1000000);
+    for (const char* before :
+         {"", "\xEF\xBB\xBF", "1 ", "\"\\\"=\" ", "{} ", "/*=*/ ", "// '\n", "'\"' ", "/ \" / "})
+        EXPECT_FALSE(loads(before + assignments + "1")) << before;
+    EXPECT_FALSE(loads(repeat("var a /* = */ = ", 1000000) + "1"));
+    EXPECT_FALSE(loads(assignments));
+}
+
+TEST(JsonNestingTest, ASignOfEqualityWithinATextIsNoLevel)
+{
+    EXPECT_TRUE(loads("{\"" + repeat("=", 100000) + "\": \"" + repeat("var a=", 100000) + "\"}"));
+}
+
 TEST(JsonNestingTest, AZeroByteHidesNoBracket)
 {
     EXPECT_FALSE(loads(std::string("[\0", 2) + arrays(100000) + "]"));
