@@ -139,22 +139,31 @@ size_t endOfHidden(const std::string& text, size_t begin)
  * True if an object or array stands behind another value: json-glib 1.6 takes that, and never releases it.
  * True also for a comment without its end. In front of a value there may be a byte order mark, and "var name
  * =".
+ *
+ * Behind that json-glib overlooks a mistake that a semicolon follows, and begins anew, whatever was open.
+ * True therefore also for a bracket too many, a semicolon between brackets, and a name that cannot be one.
  */
 bool hasSecondValue(const std::string& text)
 {
     int depth = 0;
     bool hasValue = false;
-    for (size_t i = 0; i < text.size() && depth >= 0; ++i) {
+    bool isName = false;
+    for (size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
         const bool isOpening = c == '[' || c == '{';
-        if (depth == 0 && hasValue && isOpening)
+        const bool isClosing = c == ']' || c == '}';
+        if (depth == 0 && (isClosing || (hasValue && isOpening)))
             return true;
-        if (depth == 0 && !hasValue && text.compare(i, 3, "var") == 0)
-            i = text.find('=', i);
+        if ((depth > 0 && c == ';') || (isName && strchr("\"'[]{};", c)))
+            return true;
+        if (isName)
+            isName = c != '=';
+        else if (depth == 0 && !hasValue && text.compare(i, 3, "var") == 0)
+            isName = true;
         else if (depth == 0 && !strchr(" \t\r\n/\xEF\xBB\xBF", c))
             hasValue = true;
         depth += isOpening ? 1 : 0;
-        depth -= c == ']' || c == '}' ? 1 : 0;
+        depth -= isClosing ? 1 : 0;
         if (c == '"' || c == '\'' || c == '/')
             i = endOfHidden(text, i);
         if (i == std::string::npos)

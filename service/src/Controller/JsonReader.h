@@ -26,7 +26,7 @@ namespace JsonReader {
  * takes in front of a value, as often as it comes, counts as one level. Behind a comment or a single quote,
  * which json-glib may take and JSON does not have, each opening bracket and each "=" counts as one level
  * more. An object or array behind another value is no JSON, nor is a text with an escape that takes its end
- * with it, though json-glib takes some of them.
+ * with it, or with a bracket too many or a semicolon between brackets, though json-glib takes some of them.
  */
 bool load(JsonParser* parser, const std::string& text);
 

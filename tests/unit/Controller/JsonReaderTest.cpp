@@ -127,6 +127,24 @@ TEST_F(JsonReaderTest, OneValueIsLoadedWhateverStandsAroundIt)
     }
 }
 
+// Behind "var name =" json-glib overlooks a mistake that a semicolon follows, and begins anew.
+TEST_F(JsonReaderTest, AMistakeInAnAssignmentHidesNoSecondValue)
+{
+    for (const char* text :
+         {"[] var a = }; []", "[]/ / var a = }; []", "var a = [[]; [] []", "var a = [[}; [] []",
+          "var a = [}; [] []", "/ / var a = [[]; [] []", "var a = x; [] []", "var a = x; []",
+          "var a = var ;; [] [] =", "/ / var a = var ;; [] [] =", "var a = var {} =; []",
+          "var a = var '' =; []", "var a = var \"\"; [] [] =", "var a = };", "var a = [[];"}) {
+        const JsonParserPtr parser(json_parser_new());
+        EXPECT_FALSE(JsonReader::load(parser.get(), text)) << text;
+    }
+    for (const char* text : {"var a = {};", "var a = [];", "var a = / ; ] / [{}] / } / ;",
+                             "var a / x / = [\"];\"];", "var a=var b=[];", "var a = / ] / ['};'];"}) {
+        const JsonParserPtr parser(json_parser_new());
+        EXPECT_TRUE(JsonReader::load(parser.get(), text)) << text;
+    }
+}
+
 // json-glib refuses both anyway, but never releases what it has read of the text.
 TEST_F(JsonReaderTest, TwoHalvesThatMakeNoCharacterAreNotLoaded)
 {
