@@ -2,13 +2,12 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+
+#include "JsonShape.h"
 
 namespace Carvoy::JsonReader {
 
 namespace {
-
-constexpr int MAX_NESTING = 1024;
 
 /** Whether a message can carry the text: it is UTF-8, and has none of the code points that stand for no
  * character. */
@@ -31,152 +30,11 @@ JsonNode* valueMember(JsonObject* object, const char* name)
     return node && JSON_NODE_HOLDS_VALUE(node) ? node : nullptr;
 }
 
-/**
- * Reads the four digits of an escape, and of fewer also what stands behind them, which json-glib 1.6 takes
- * with them. False where that is the text's closing quote, or begins the next escape.
- */
-bool readDigits(const std::string& text, size_t& position, unsigned& value)
-{
-    value = 0;
-    for (int shift = 12; shift >= 0; shift -= 4) {
-        const char c = text[position];
-        if (c == '"' || c == '\\' || c == '\0')
-            return false;
-        ++position;
-        if (!g_ascii_isxdigit(c))
-            return true;
-        value |= static_cast<unsigned>(g_ascii_xdigit_value(c)) << shift;
-    }
-    return true;
-}
-
-/**
- * The position behind the escape at `begin`; npos for one in which json-glib loses its way. It takes what
- * stands behind half of a character with it, also the quote that closes the text, so that all that follows
- * would be something else to it than to us; and where a wrong half follows it refuses the text and never
- * releases it.
- */
-size_t endOfEscape(const std::string& text, size_t begin)
-{
-    size_t end = begin + 2;
-    if (end >= text.size() || text[begin + 1] != 'u' || !g_ascii_isxdigit(text[end]))
-        return end;
-    unsigned first = 0;
-    unsigned second = 0;
-    if (!readDigits(text, end, first))
-        return std::string::npos;
-    if (first < 0xD800 || first > 0xDFFF)
-        return end;
-    if (text[end] != '\\')
-        return text[end] == '"' ? std::string::npos : end + 1;
-    if (text[end + 1] != 'u')
-        return end + 2;
-    end += 2;
-    const bool isPair =
-        readDigits(text, end, second) && first < 0xDC00 && second >= 0xDC00 && second <= 0xDFFF;
-    return isPair ? end : std::string::npos;
-}
-
-/** The position of the double quote that closes the text which `begin` is the first byte of; npos as above.
- */
-size_t endOfString(const std::string& text, size_t begin)
-{
-    while (begin < text.size() && text[begin] != '"')
-        begin = text[begin] == '\\' ? endOfEscape(text, begin) : begin + 1;
-    return begin;
-}
-
-/**
- * True if json-glib would go deeper than MAX_NESTING in `text`, or that cannot be told. "var name =", which
- * it takes in front of a value, and in front of another one of these, is a level like a bracket's that is
- * never closed. Where a text leaves plain JSON (comments, single quotes: json-glib takes some of them), all
- * brackets behind that point count as opening ones, so that nothing can be hidden from the count.
- */
-bool isTooDeep(const std::string& text)
-{
-    int depth = 0;
-    bool isPlain = true;
-    for (size_t i = 0; i < text.size(); ++i) {
-        switch (text[i]) {
-            case '"':
-                if (isPlain)
-                    i = endOfString(text, i + 1);
-                if (i == std::string::npos)
-                    return true;
-                break;
-            case '/':
-            case '\'':
-                isPlain = false;
-                break;
-            case '[':
-            case '{':
-            case '=':
-                if (++depth > MAX_NESTING)
-                    return true;
-                break;
-            case ']':
-            case '}':
-                if (isPlain && depth > 0)
-                    --depth;
-                break;
-            default:
-                break;
-        }
-    }
-    return false;
-}
-
-/**
- * The position of what closes the text or the comment that begins at `begin`; npos if nothing does, or as
- * above. json-glib takes single quotes, in which nothing is escaped, and comments from one slash to the next.
- */
-size_t endOfHidden(const std::string& text, size_t begin)
-{
-    return text[begin] == '"' ? endOfString(text, begin + 1) : text.find(text[begin], begin + 1);
-}
-
-/**
- * True if an object or array stands behind another value: json-glib 1.6 takes that, and never releases it.
- * True also for a comment without its end. In front of a value there may be a byte order mark, and "var name
- * =".
- *
- * Behind that json-glib overlooks a mistake that a semicolon follows, and begins anew, whatever was open.
- * True therefore also for a bracket too many, a semicolon between brackets, and a name that cannot be one.
- */
-bool hasSecondValue(const std::string& text)
-{
-    int depth = 0;
-    bool hasValue = false;
-    bool isName = false;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const bool isOpening = c == '[' || c == '{';
-        const bool isClosing = c == ']' || c == '}';
-        if (depth == 0 && (isClosing || (hasValue && isOpening)))
-            return true;
-        if ((depth > 0 && c == ';') || (isName && strchr("\"'[]{};", c)))
-            return true;
-        if (isName)
-            isName = c != '=';
-        else if (depth == 0 && !hasValue && text.compare(i, 3, "var") == 0)
-            isName = true;
-        else if (depth == 0 && !strchr(" \t\r\n/\xEF\xBB\xBF", c))
-            hasValue = true;
-        depth += isOpening ? 1 : 0;
-        depth -= isClosing ? 1 : 0;
-        if (c == '"' || c == '\'' || c == '/')
-            i = endOfHidden(text, i);
-        if (i == std::string::npos)
-            return true;
-    }
-    return false;
-}
-
 }  // namespace
 
 bool load(JsonParser* parser, const std::string& text)
 {
-    if (isTooDeep(text) || hasSecondValue(text))
+    if (!JsonShape::isFitForParser(text))
         return false;
     return json_parser_load_from_data(parser, text.c_str(), static_cast<gssize>(text.size()), nullptr);
 }

@@ -20,14 +20,7 @@ using JsonParserPtr = std::unique_ptr<JsonParser, JsonParserDeleter>;
  */
 namespace JsonReader {
 
-/**
- * Loads `text`. False if it is not JSON, and also if objects and arrays are nested deeper than 1024, because
- * json-glib, which reads and releases them recursively, would overflow the stack; "var name =", which it
- * takes in front of a value, as often as it comes, counts as one level. Behind a comment or a single quote,
- * which json-glib may take and JSON does not have, each opening bracket and each "=" counts as one level
- * more. An object or array behind another value is no JSON, nor is a text with an escape that takes its end
- * with it, or with a bracket too many or a semicolon between brackets, though json-glib takes some of them.
- */
+/** Loads `text`. False if it is not JSON, and if JsonShape finds that json-glib must not see it. */
 bool load(JsonParser* parser, const std::string& text);
 
 /**
