@@ -9,6 +9,9 @@ namespace Carvoy::JsonReader {
 
 namespace {
 
+/** The smallest byte that a code point begins with which stands for no character. */
+constexpr unsigned char FIRST_OF_NONCHARACTERS = 0xEF;
+
 /** Whether a message can carry the text: it is UTF-8, and has none of the code points that stand for no
  * character. */
 bool isCarried(const char* text)
@@ -16,6 +19,8 @@ bool isCarried(const char* text)
     if (!g_utf8_validate(text, -1, nullptr))
         return false;
     for (const char* position = text; *position; position = g_utf8_next_char(position)) {
+        if (static_cast<unsigned char>(*position) < FIRST_OF_NONCHARACTERS)
+            continue;
         const gunichar point = g_utf8_get_char(position);
         if ((point >= 0xFDD0 && point <= 0xFDEF) || (point & 0xFFFE) == 0xFFFE)
             return false;
