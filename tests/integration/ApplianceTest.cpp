@@ -20,7 +20,7 @@ class TheAppliance : public ServiceWorld {
   protected:
     void SetUp() override
     {
-        bridge = std::make_unique<BridgeProgram>(root, tokenFile());
+        bridge = std::make_unique<TestSupport::BridgeProgram>(root, tokenFile());
         service = runService(bridge->variables());
         ASSERT_TRUE(TestSupport::waitForName(ServiceId)) << service->errors();
         screen = std::make_unique<ChildProcess>(std::vector<std::string>{CARVOY_UI}, variables());
@@ -67,7 +67,7 @@ class TheAppliance : public ServiceWorld {
                bytes.compare(0, 2, "\xff\xd8") == 0;
     }
 
-    std::unique_ptr<BridgeProgram> bridge;
+    std::unique_ptr<TestSupport::BridgeProgram> bridge;
     std::unique_ptr<ChildProcess> screen;
 };
 

@@ -54,7 +54,7 @@ class ASoak : public VoiceWorld {
     {
         VoiceWorld::SetUp();
         ui = std::make_unique<UiPeer>();
-        bridge_ = std::make_unique<BridgeProgram>(root, tokenFile());
+        bridge_ = std::make_unique<TestSupport::BridgeProgram>(root, tokenFile());
         startService(Until::ReadyForVoice, bridge_->variables());
         voice = std::make_unique<TestSupport::Recogniser>(ServiceId);
         resultMessage();
@@ -206,7 +206,7 @@ class ASoak : public VoiceWorld {
     const int most_ = fromEnvironment("CARVOY_SOAK_SEARCHES", 5000);
     const int longest_ = fromEnvironment("CARVOY_SOAK_SECONDS", 0);
     Dice dice_;
-    std::unique_ptr<BridgeProgram> bridge_;
+    std::unique_ptr<TestSupport::BridgeProgram> bridge_;
     std::deque<RawMessage> unanswered_;
     std::size_t threadsAtRest_ = 0;
     int searches_ = 0;

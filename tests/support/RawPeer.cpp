@@ -43,9 +43,9 @@ RawPeer::~RawPeer()
 }
 
 std::string RawPeer::launch(const std::string& app, const std::string& operation, std::uint32_t id,
-                            const Extras& extras, const std::string& caller)
+                            const Extras& extras, const std::string& caller, const std::string& uri)
 {
-    return call(*connection_, app, "Launch", caller, id, operation, std::string(), extras);
+    return call(*connection_, app, "Launch", caller, id, operation, uri, extras);
 }
 
 std::string RawPeer::reply(const std::string& connection, std::uint32_t id, std::int32_t result,

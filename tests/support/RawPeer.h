@@ -43,7 +43,8 @@ class RawPeer {
 
     /** Each makes the call and gives the name of the error that it was answered with; empty for none. */
     std::string launch(const std::string& app, const std::string& operation, std::uint32_t id = 0,
-                       const Extras& extras = {}, const std::string& caller = "org.example.raw");
+                       const Extras& extras = {}, const std::string& caller = "org.example.raw",
+                       const std::string& uri = "");
     std::string reply(const std::string& connection, std::uint32_t id, std::int32_t result = 0,
                       const Extras& extras = {});
 

@@ -5,7 +5,7 @@
 
 #include "ChildProcess.h"
 
-namespace ServiceTest {
+namespace TestSupport {
 
 /** Serves when the constructor returns; killed at the end where the test has not ended it. One thread. */
 class BridgeProgram {
@@ -15,14 +15,14 @@ class BridgeProgram {
     BridgeProgram(const std::string& folder, const std::string& tokenFile);
 
     /** What leads a service here. */
-    TestSupport::ChildProcess::Variables variables() const;
+    ChildProcess::Variables variables() const;
 
-    TestSupport::ChildProcess& process() { return process_; }
+    ChildProcess& process() { return process_; }
 
   private:
     std::string authorityFile_;
-    TestSupport::ChildProcess process_;
+    ChildProcess process_;
     int port_ = 0;
 };
 
-}  // namespace ServiceTest
+}  // namespace TestSupport

@@ -5,9 +5,7 @@
 
 #include "SiteValues.h"
 
-namespace ServiceTest {
-
-using TestSupport::ChildProcess;
+namespace TestSupport {
 
 BridgeProgram::BridgeProgram(const std::string& folder, const std::string& tokenFile)
     : authorityFile_(folder + "/bridge-ca.pem"),
@@ -24,4 +22,4 @@ ChildProcess::Variables BridgeProgram::variables() const
             {"APPLIANCE_CONNECT_TO", CARVOY_MERCHANT_BRIDGE_HOST ":443:127.0.0.1:" + std::to_string(port_)}};
 }
 
-}  // namespace ServiceTest
+}  // namespace TestSupport
