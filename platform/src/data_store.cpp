@@ -84,6 +84,15 @@ int openDatabase(Database& database)
     return errorOf(sqlite3_busy_timeout(opened, kBusyTimeoutMs));
 }
 
+// A table is made once and waits for the disk. A record is replaced with each search, which waits for nobody:
+// what is written outlives the process, and the kernel brings it to the disk in its own time.
+constexpr char kNoWaitForDisk[] = "PRAGMA synchronous = OFF";
+
+int execute(sqlite3* database, const char* sql)
+{
+    return errorOf(sqlite3_exec(database, sql, nullptr, nullptr, nullptr));
+}
+
 int createManager(const char* storeName, ndd_manager_h* manager)
 {
     if (storeName == nullptr || *storeName == '\0' || manager == nullptr)
@@ -96,8 +105,9 @@ int createManager(const char* storeName, ndd_manager_h* manager)
     int error = openDatabase(made->database);
     if (error != NDD_ERROR_NONE)
         return error;
-    const std::string sql = HostPlatform::createTableSql(*schema);
-    error = errorOf(sqlite3_exec(made->database.get(), sql.c_str(), nullptr, nullptr, nullptr));
+    error = execute(made->database.get(), HostPlatform::createTableSql(*schema).c_str());
+    if (error == NDD_ERROR_NONE)
+        error = execute(made->database.get(), kNoWaitForDisk);
     if (error == NDD_ERROR_NONE)
         *manager = made.release();
     return error;

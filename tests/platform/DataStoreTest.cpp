@@ -14,94 +14,16 @@
 #include <vector>
 
 #include "ChildProcess.h"
+#include "DataStoreFixture.h"
+#include "DiskWaits.h"
 #include "ScratchRoot.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using namespace StoreTest;
 using TestSupport::ChildProcess;
 using TestSupport::ScratchRoot;
-
-std::string storeFile()
-{
-    return ScratchRoot::file("data-store.sqlite");
-}
-
-// Another program's view of the file.
-class Reader {
-  public:
-    explicit Reader(int flags = SQLITE_OPEN_READONLY)
-    {
-        EXPECT_EQ(sqlite3_open_v2(storeFile().c_str(), &database, flags, nullptr), SQLITE_OK);
-        sqlite3_busy_timeout(database, 3000);
-    }
-    ~Reader() { sqlite3_close(database); }
-    Reader(const Reader&) = delete;
-    Reader& operator=(const Reader&) = delete;
-
-    // Rows end in ';', their values are separated by ','.
-    std::string query(const std::string& sql)
-    {
-        std::string rows;
-        EXPECT_EQ(sqlite3_exec(database, sql.c_str(), &appendRow, &rows, nullptr), SQLITE_OK)
-            << sqlite3_errmsg(database);
-        return rows;
-    }
-
-  private:
-    static int appendRow(void* rows, int count, char** values, char**)
-    {
-        auto& text = *static_cast<std::string*>(rows);
-        for (int i = 0; i < count; ++i)
-            text += (i == 0 ? "" : ",") + std::string(values[i] == nullptr ? "null" : values[i]);
-        text += ";";
-        return 0;
-    }
-
-    sqlite3* database = nullptr;
-};
-
-std::string storedRecords()
-{
-    return Reader().query(
-        "SELECT id, isLoggedIn, isLinked, totalCount, productCountInCart, currentViewType FROM Commerce");
-}
-
-using Values = std::vector<std::pair<const char*, int>>;
-
-// A bundle with these values, destroyed with the object.
-class Bundle {
-  public:
-    explicit Bundle(const Values& values)
-    {
-        EXPECT_EQ(ndd_bundle_create(&handle), NDD_ERROR_NONE);
-        for (const auto& [column, value] : values)
-            EXPECT_EQ(ndd_bundle_add_int(handle, column, value), NDD_ERROR_NONE);
-    }
-    ~Bundle() { EXPECT_EQ(ndd_bundle_destroy(handle), NDD_ERROR_NONE); }
-    Bundle(const Bundle&) = delete;
-    Bundle& operator=(const Bundle&) = delete;
-
-    ndd_bundle_h handle = nullptr;
-};
-
-class Manager {
-  public:
-    Manager() { EXPECT_EQ(ndd_manager_create("Commerce", &handle), NDD_ERROR_NONE); }
-    ~Manager() { EXPECT_EQ(ndd_manager_destroy(handle), NDD_ERROR_NONE); }
-    Manager(const Manager&) = delete;
-    Manager& operator=(const Manager&) = delete;
-
-    int insert(const Values& values) const { return ndd_manager_insert(handle, Bundle(values).handle); }
-    int update(const Values& values) const { return ndd_manager_update(handle, Bundle(values).handle); }
-
-    ndd_manager_h handle = nullptr;
-};
-
-class DataStore : public testing::Test {
-  protected:
-    DataStore() { fs::remove_all(storeFile()); }
-};
 
 int createManager(const char* name)
 {
@@ -234,6 +156,22 @@ TEST_F(DataStore, IsOneFile)
         EXPECT_TRUE(entry.path() == storeFile() ||
                     entry.path().string().find("data-store") == std::string::npos)
             << entry.path();
+}
+
+TEST_F(DataStore, WaitsForTheDiskOnlyForItsTable)
+{
+    const DiskWaits waits;
+    const Manager manager;
+    EXPECT_GT(DiskWaits::take(), 0);
+
+    EXPECT_EQ(manager.insert({{"id", 0}, {"totalCount", 1}}), NDD_ERROR_NONE);
+    EXPECT_EQ(manager.update({{"id", 0}, {"totalCount", 2}}), NDD_ERROR_NONE);
+    EXPECT_EQ(DiskWaits::take(), 0);
+
+    const Manager another;
+    EXPECT_EQ(another.update({{"id", 0}, {"totalCount", 3}}), NDD_ERROR_NONE);
+    EXPECT_EQ(DiskWaits::take(), 0);
+    EXPECT_EQ(storedRecords(), "0,null,null,3,null,null;");
 }
 
 TEST_F(DataStore, ARecordWithoutItsKeyIsRefused)
