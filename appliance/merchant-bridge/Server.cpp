@@ -69,7 +69,7 @@ Server::Parts::Parts(const Settings& settings)
         route(request, response);
         return httplib::Server::HandlerResponse::Handled;
     });
-    port = StandIn::bind(server, settings.address, settings.port);
+    port = server.open(settings.address, settings.port);
     listener = std::thread([this] { server.listen_after_bind(); });
 }
 

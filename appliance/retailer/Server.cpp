@@ -91,7 +91,7 @@ Server::Parts::Parts(const Settings& settings)
         [this](const auto& request, auto& response) { return route(request, response); });
     server.Post(".*", [this](const auto& request, auto& response) { searchRoute.handle(request, response); });
     server.set_error_handler(explainStatus);
-    port = StandIn::bind(server, settings.address, settings.port);
+    port = server.open(settings.address, settings.port);
     listener = std::thread([this] { server.listen_after_bind(); });
 }
 

@@ -10,10 +10,23 @@
 
 namespace Appliance::StandIn {
 
+// The port that it is bound to; 0 asks for any that is free. std::runtime_error when there is none to be had.
+int bind(httplib::Server& server, const std::string& address, int port);
+
 template <typename LibraryServer>
 class EndableServer : public LibraryServer {
   public:
     using LibraryServer::LibraryServer;
+
+    // As bind(). The library lets five connections wait: of more that come at once the kernel drops some, and
+    // those come again after a second.
+    int open(const std::string& address, int port)
+    {
+        constexpr int waitingConnections = 1024;
+        const int bound = StandIn::bind(*this, address, port);
+        ::listen(this->svr_sock_, waitingConnections);
+        return bound;
+    }
 
     // Makes the listening thread close the socket and return. stop() would close it under that thread's
     // hands, and does nothing before the thread has begun.
@@ -22,8 +35,5 @@ class EndableServer : public LibraryServer {
 
 // One request for each connection, each written to the log, which must outlive the server.
 void setUp(httplib::Server& server, RequestLog& log);
-
-// The port that it is bound to; 0 asks for any that is free. std::runtime_error when there is none to be had.
-int bind(httplib::Server& server, const std::string& address, int port);
 
 }  // namespace Appliance::StandIn

@@ -3,7 +3,13 @@
 #include "ChildProcess.h"
 #include "ScratchRoot.h"
 
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <list>
 
 namespace ApplianceTest {
 namespace {
@@ -11,6 +17,33 @@ namespace {
 using TestSupport::ChildProcess;
 using TestSupport::ProcessEnd;
 using TestSupport::ScratchRoot;
+
+// A connection over which nothing is sent.
+class WaitingClient {
+  public:
+    explicit WaitingClient(int port) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    }
+
+    ~WaitingClient() { close(socket_); }
+    WaitingClient(const WaitingClient&) = delete;
+    WaitingClient& operator=(const WaitingClient&) = delete;
+
+    // On this machine a connection that the kernel takes is there when connect() returns.
+    bool isConnected() const
+    {
+        pollfd watch{socket_, POLLOUT, 0};
+        return poll(&watch, 1, 0) == 1 && (watch.revents & (POLLERR | POLLHUP)) == 0;
+    }
+
+  private:
+    int socket_;
+};
 
 class TheBridgeProgram : public BridgeFixture {
   protected:
@@ -75,6 +108,17 @@ TEST_F(TheBridgeProgram, EndsWhileAPictureStalls)
     client.onData = [&](const std::string&) { program.signal(SIGTERM); };
     EXPECT_NE(client.get("/images/stall/whole-milk.png").result, CURLE_OK);
     expectExit(program, 0);
+}
+
+// As it is when more come at once than it can look after: it stands still, and only its kernel answers.
+TEST_F(TheBridgeProgram, LetsManyClientsWait)
+{
+    ChildProcess program(command(goodOptions()));
+    const int port = readyLine(program).at("port");
+    program.signal(SIGSTOP);
+    std::list<WaitingClient> clients;
+    for (int i = 0; i < 200; ++i)
+        EXPECT_TRUE(clients.emplace_back(port).isConnected()) << i;
 }
 
 TEST_F(TheBridgeProgram, ServesUnderTheHostNameItIsGiven)
