@@ -6,7 +6,8 @@
 #include <malloc.h>
 
 #include "Log.h"
-#include "Pairs.h"
+#include "Rows.h"
+#include "Stopwatch.h"
 
 namespace Benchmarks {
 
@@ -25,13 +26,12 @@ void bareCalls()
     for (int i = 0; i < STATEMENTS; ++i) {
         dlog_print(DLOG_ERROR, "carvoy-service",
                    "\033[31m[%d] %s: %s(%d) > download_id is not used: %d\033[0m",
-                   static_cast<int>(syscall(SYS_gettid)), "LogBenchmark.cpp", "bareCalls", 30, i);
+                   static_cast<int>(syscall(SYS_gettid)), "LogRows.cpp", "bareCalls", 30, i);
         printf("[%s:%d] download_id is not used: %d\n", "bareCalls", 30, i);
     }
 }
 
-/** Both outputs go nowhere while it lives: the results are printed on the standard output that was there
- * before. */
+/** Standard output goes nowhere while it lives. */
 class Silence {
   public:
     Silence()
@@ -53,17 +53,33 @@ class Silence {
     int mStandardOutput;
 };
 
-void logStatement(benchmark::State& state)
+double allocatedBytes()
 {
-    Silence silence;
-    statements();  // the first one opens the log
-    size_t before = mallinfo2().uordblks;
-    comparePairs(state, statements, bareCalls);
-    state.counters["heap_bytes"] = static_cast<double>(mallinfo2().uordblks) - static_cast<double>(before);
+    return static_cast<double>(mallinfo2().uordblks);
 }
 
-BENCHMARK(logStatement)->UseManualTime()->MinTime(1.0);
-
 }  // namespace
+
+void measureLog(Report& report, int pairs)
+{
+    report.announce("log statements");
+    Pairs times;
+    Pairs memory;
+    {
+        const Silence silence;
+        statements();  // the first one opens the log
+        for (int i = 0; i < 10 * pairs; ++i) {
+            const double before = allocatedBytes();
+            const double ours = secondsOf(statements) / STATEMENTS;
+            memory.add(allocatedBytes() - before, 0);
+            times.add(ours, secondsOf(bareCalls) / STATEMENTS);
+        }
+    }
+    report.add({"a log statement", "its two formatting calls and thread id call", Unit::Seconds,
+                Figure::Ratio, 1.05},
+               times);
+    report.add({"bytes allocated by 1,000 log statements", "none", Unit::Count, Figure::Difference, 0.0},
+               memory);
+}
 
 }  // namespace Benchmarks

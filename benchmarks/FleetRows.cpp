@@ -1,0 +1,146 @@
+// Many searches, and many services: what they need in memory and time.
+#include <list>
+#include <thread>
+
+#include "Bare.h"
+#include "Rig.h"
+#include "Rows.h"
+#include "Together.h"
+
+namespace Benchmarks {
+
+namespace {
+
+constexpr int SEARCHES = 1000;
+constexpr int SERVICES = 50;
+constexpr int ROUNDS = 5;
+constexpr const char* NO_FOLDER = "/dev/shm/no-such-folder";
+constexpr double FLAT = 1.05;  // what the allocator's own rhythm may add
+constexpr double LIMIT_KIB = 3 * 1024;
+
+/** Rigs whose files are in memory: what counts here is not the disk. */
+std::list<Rig> rigs(const Market& market, int count)
+{
+    Rig::Options options;
+    options.parentFolder = memoryFolder();
+    std::list<Rig> all;
+    for (int i = 0; i < count; ++i)
+        all.emplace_back(market, options);
+    return all;
+}
+
+/** The last one with its pictures, so that nothing is on its way at the end. */
+void searchOften(Rig& rig)
+{
+    for (int i = 0; i < SEARCHES / 2; ++i)
+        rig.search();
+    rig.showCard();
+}
+
+std::vector<long> memoryOf(const std::list<Rig>& rigs)
+{
+    std::vector<long> all;
+    for (const Rig& rig : rigs)
+        all.push_back(privateMemory(rig.pid()));
+    return all;
+}
+
+/** So often each, all at once. Seconds for one each. */
+template <typename Each, typename Work>
+double rounds(std::list<Each>& all, Work&& work)
+{
+    return together(all,
+                    [&](Each& each) {
+                        for (int i = 0; i < ROUNDS; ++i)
+                            work(each);
+                    }) /
+           ROUNDS;
+}
+
+// Without products there are no pictures to be fetched beside it.
+void searchInVain(Rig& rig)
+{
+    rig.search("no such thing");
+}
+
+void get(Bare& bare)
+{
+    bare.ask<double>("Get", Bare::searchUrl(), Bare::searchHeaders());
+}
+
+void wipeAndGet(Bare& bare)
+{
+    bare.ask<double>("WipeAndGet", Bare::searchUrl(), Bare::searchHeaders(), NO_FOLDER);
+}
+
+std::list<Bare> baresOf(std::list<Rig>& rigs)
+{
+    std::list<Bare> all;
+    for (Rig& rig : rigs)
+        all.emplace_back(rig.bus(), rig.variables());
+    return all;
+}
+
+}  // namespace
+
+void measureMemory(Report& report, int pairs)
+{
+    report.announce("memory, after 1,000 searches");
+    const Market market;
+    std::list<Rig> services = rigs(market, pairs);
+    together(services, searchOften);
+    const std::vector<long> half = memoryOf(services);
+    together(services, searchOften);
+    const std::vector<long> all = memoryOf(services);
+
+    Pairs againstBare;
+    Pairs flat;
+    std::size_t i = 0;
+    for (const Rig& rig : services) {
+        const Bare bare(rig.bus(), rig.variables());
+        againstBare.add(static_cast<double>(all[i]), static_cast<double>(privateMemory(bare.pid())));
+        flat.add(static_cast<double>(all[i]), static_cast<double>(half[i]));
+        ++i;
+    }
+    report.add(
+        {"private memory after 1,000 searches", "the bare program", Unit::KiB, Figure::Difference, LIMIT_KIB},
+        againstBare);
+    report.add({"private memory after 1,000 searches", "after 500", Unit::KiB, Figure::Ratio, FLAT}, flat);
+}
+
+void measureFleet(Report& report, int pairs)
+{
+    report.announce("50 services at once");
+    const Market market;
+    std::list<Rig> one = rigs(market, 1);
+    std::list<Rig> fleet = rigs(market, SERVICES);
+    std::list<Bare> bareOne = baresOf(one);
+    std::list<Bare> bareFleet = baresOf(fleet);
+
+    const double share = static_cast<double>(SERVICES) / std::thread::hardware_concurrency();
+    Pairs searches;
+    Pairs bareSearches;
+    Pairs gets;
+    for (int i = 0; i < pairs; ++i) {
+        const double alone = rounds(one, searchInVain);
+        searches.add(rounds(fleet, searchInVain), alone * share);
+        const double bareAlone = rounds(bareOne, wipeAndGet);
+        bareSearches.add(rounds(bareFleet, wipeAndGet), bareAlone * share);
+        const double getAlone = rounds(bareOne, get);
+        gets.add(rounds(bareFleet, get), getAlone * share);
+    }
+    const double alone = static_cast<double>(memoryOf(one).front());
+    Pairs memory;
+    for (const long each : memoryOf(fleet))
+        memory.add(static_cast<double>(each), alone);
+
+    const std::string theirs = "50 of one's, shared by the cores";
+    report.add({"50 services, a search each", theirs, Unit::Seconds, Figure::Ratio, 1.1}, searches);
+    report.add({"context: 50 bare programs, rm -rf and GET", theirs, Unit::Seconds, Figure::Ratio, {}},
+               bareSearches);
+    report.add({"context: 50 bare programs, GET", theirs, Unit::Seconds, Figure::Ratio, {}}, gets);
+    report.add({"private memory of one of 50 services", "of one alone", Unit::KiB, Figure::Ratio, FLAT},
+               memory);
+}
+
+}  // namespace Benchmarks
