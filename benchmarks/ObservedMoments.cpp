@@ -2,27 +2,31 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <stdexcept>
 #include <system_error>
+#include <thread>
 
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "ScratchRoot.h"
+#include "Stopwatch.h"
 
 namespace Benchmarks {
 
-ObservedMoments::ObservedMoments() : mFile(TestSupport::ScratchRoot::file("moments-XXXXXX"))
+// In memory: a page of a file on disk would be one more for each sync() to write.
+ObservedMoments::ObservedMoments() : mDescriptor(memfd_create("moments", MFD_CLOEXEC))
 {
-    const int descriptor = mkostemp(mFile.data(), O_CLOEXEC);
     void* page = MAP_FAILED;
-    if (descriptor >= 0 && ftruncate(descriptor, sizeof(MomentsPage)) == 0)
-        page = mmap(nullptr, sizeof(MomentsPage), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    const int error = errno;
-    close(descriptor);
+    if (mDescriptor >= 0 && ftruncate(mDescriptor, sizeof(MomentsPage)) == 0)
+        page = mmap(nullptr, sizeof(MomentsPage), PROT_READ | PROT_WRITE, MAP_SHARED, mDescriptor, 0);
     if (page == MAP_FAILED)
-        throw std::system_error(error, std::generic_category(), mFile);
+        throw std::system_error(errno, std::generic_category(), "no page for the moments");
     mPage.reset(static_cast<MomentsPage*>(page));
+}
+
+ObservedMoments::~ObservedMoments()
+{
+    close(mDescriptor);
 }
 
 void ObservedMoments::Unmap::operator()(MomentsPage* page) const
@@ -32,7 +36,8 @@ void ObservedMoments::Unmap::operator()(MomentsPage* page) const
 
 TestSupport::ChildProcess::Variables ObservedMoments::variables() const
 {
-    return {{"LD_PRELOAD", MOMENTS_LIBRARY}, {MOMENTS_VARIABLE, mFile}};
+    const std::string file = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(mDescriptor);
+    return {{"LD_PRELOAD", MOMENTS_LIBRARY}, {MOMENTS_VARIABLE, file}};
 }
 
 void ObservedMoments::forget()
@@ -50,6 +55,18 @@ std::vector<std::int64_t> ObservedMoments::all(Moment moment) const
     }
     std::sort(times.begin(), times.end());
     return times;
+}
+
+// Looks now and then: a program that had to wake its observer would not be the one that is shipped.
+std::vector<std::int64_t> ObservedMoments::waitFor(Moment moment, std::size_t count) const
+{
+    const std::int64_t begin = now();
+    while (all(moment).size() < count) {
+        if (secondsBetween(begin, now()) > std::chrono::duration<double>(TestSupport::Patience).count())
+            throw std::runtime_error("what was to be observed did not happen");
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return all(moment);
 }
 
 std::optional<std::int64_t> ObservedMoments::first(Moment moment, std::int64_t from) const

@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "ChildProcess.h"
@@ -16,6 +15,8 @@ class ObservedMoments {
   public:
     /** Throws std::system_error where there can be no page. */
     ObservedMoments();
+    ~ObservedMoments();
+    ObservedMoments(const ObservedMoments&) = delete;
 
     /** What a program needs in its environment. */
     TestSupport::ChildProcess::Variables variables() const;
@@ -26,6 +27,9 @@ class ObservedMoments {
     /** Everything of that kind since then, in order. */
     std::vector<std::int64_t> all(Moment moment) const;
 
+    /** The same, when there are so many. Throws std::runtime_error where that takes a minute. */
+    std::vector<std::int64_t> waitFor(Moment moment, std::size_t count) const;
+
     std::optional<std::int64_t> first(Moment moment, std::int64_t from) const;
     std::optional<std::int64_t> last(Moment moment, std::int64_t before) const;
 
@@ -34,7 +38,7 @@ class ObservedMoments {
         void operator()(MomentsPage* page) const;
     };
 
-    std::string mFile;
+    int mDescriptor;
     std::unique_ptr<MomentsPage, Unmap> mPage;
 };
 

@@ -19,8 +19,7 @@ void measurePictures(Report& report, int pairs)
     while (pictures.count() < static_cast<std::size_t>(5 * pairs)) {
         moments.forget();
         rig.search();
-        rig.showCard(static_cast<int>(urls.size()));
-        const std::vector<std::int64_t> ends = moments.all(Moment::Synced);
+        const std::vector<std::int64_t> ends = moments.waitFor(Moment::Synced, urls.size());
         const auto theirs = bare.ask<std::vector<double>>("Download", urls, rig.root() + "/bare");
         // From one picture being on disk to the next: request, download, flush, record, queue.
         for (std::size_t i = 0; i < theirs.size() && i + 1 < ends.size(); ++i)

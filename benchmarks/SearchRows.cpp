@@ -57,7 +57,7 @@ void addSearches(Report& report, int pairs, const std::string& what, const std::
     world.search();
     Pairs bare;
     Pairs wiped;
-    for (int i = 0; i < pairs; ++i) {
+    for (int i = 0; i < 2 * pairs; ++i) {
         const double ours = world.search();
         bare.add(ours, world.get());
         wiped.add(ours, world.wipeAndGet());

@@ -1,5 +1,6 @@
 // The library: stands in front of the calls that the moments are told by. Allocates nothing and changes
 // nothing.
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
@@ -87,6 +88,16 @@ PRELOADED int rename(const char* from, const char* to) noexcept
     static const auto real = next<decltype(&rename)>("rename");
     const int result = real(from, to);
     note(Moment::Replaced);
+    return result;
+}
+
+PRELOADED int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                        unsigned flags) noexcept
+{
+    static const auto real = next<decltype(&renameat2)>("renameat2");
+    const int result = real(fromFolder, from, toFolder, to, flags);
+    if (result == 0)
+        note(Moment::Replaced);
     return result;
 }
 
