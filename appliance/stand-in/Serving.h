@@ -6,6 +6,7 @@
 #include <httplib.h>
 #include <sys/socket.h>
 
+#include <stdexcept>
 #include <string>
 
 namespace Appliance::StandIn {
@@ -24,7 +25,8 @@ class EndableServer : public LibraryServer {
     {
         constexpr int waitingConnections = 1024;
         const int bound = StandIn::bind(*this, address, port);
-        ::listen(this->svr_sock_, waitingConnections);
+        if (::listen(this->svr_sock_, waitingConnections) != 0)
+            throw std::runtime_error("cannot let clients wait on port " + std::to_string(bound));
         return bound;
     }
 
