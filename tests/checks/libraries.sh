@@ -1,10 +1,8 @@
 #!/usr/bin/env bash
-# A program loads no library that it does not call.
+# A program is linked with no library that it does not call.
 set -euo pipefail
-unused=$(ldd -u "$1" | grep -v '^Unused direct dependencies:$' || true)
-if [ -n "${unused//[[:space:]]/}" ]; then
-    echo "$1 is linked with what it does not use:"
-    echo "$unused"
+if ! unused=$(ldd -u "$1"); then
+    echo "$1: $unused"
     exit 1
 fi
-echo "OK: $1 uses all the libraries that it loads"
+echo "OK: $1 calls all the libraries that it is linked with"
