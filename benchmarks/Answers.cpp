@@ -37,8 +37,9 @@ std::string answerWith(size_t products)
 size_t parseWithJsonGlib(const std::string& text)
 {
     JsonParser* parser = json_parser_new();
-    json_parser_load_from_data(parser, text.c_str(), static_cast<gssize>(text.size()), nullptr);
-    size_t members = json_object_get_size(json_node_get_object(json_parser_get_root(parser)));
+    size_t members = 0;
+    if (json_parser_load_from_data(parser, text.c_str(), static_cast<gssize>(text.size()), nullptr))
+        members = json_object_get_size(json_node_get_object(json_parser_get_root(parser)));
     g_object_unref(parser);
     return members;
 }

@@ -1,5 +1,6 @@
 #include "Bare.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include <nlohmann/json.hpp>

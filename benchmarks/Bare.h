@@ -1,6 +1,7 @@
 // The bare program, asked over the bus of a rig.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>

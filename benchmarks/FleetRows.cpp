@@ -1,10 +1,14 @@
 // Many searches, and many services: what they need in memory and time.
+#include <algorithm>
 #include <list>
-#include <thread>
+#include <stdexcept>
+
+#include <sched.h>
 
 #include "Bare.h"
 #include "Rig.h"
 #include "Rows.h"
+#include "ScratchRoot.h"
 #include "Together.h"
 
 namespace Benchmarks {
@@ -14,7 +18,6 @@ namespace {
 constexpr int SEARCHES = 1000;
 constexpr int SERVICES = 50;
 constexpr int ROUNDS = 5;
-constexpr const char* NO_FOLDER = "/dev/shm/no-such-folder";
 constexpr double FLAT = 1.05;  // what the allocator's own rhythm may add
 constexpr double LIMIT_KIB = 3 * 1024;
 
@@ -23,6 +26,7 @@ std::list<Rig> rigs(const Market& market, int count)
 {
     Rig::Options options;
     options.parentFolder = memoryFolder();
+    options.variables = {{"APPLIANCE_DLOG", "/dev/null"}};
     std::list<Rig> all;
     for (int i = 0; i < count; ++i)
         all.emplace_back(market, options);
@@ -57,6 +61,30 @@ double rounds(std::list<Each>& all, Work&& work)
            ROUNDS;
 }
 
+void search(Rig& rig)
+{
+    rig.search();
+}
+
+void showCard(Rig& rig)
+{
+    rig.showCard();
+}
+
+/** Removing it is the shell's work, and no more. */
+std::string noFolder()
+{
+    return TestSupport::ScratchRoot::file("no-such-folder");
+}
+
+int usableCores()
+{
+    cpu_set_t cores;
+    if (sched_getaffinity(0, sizeof cores, &cores) != 0)
+        throw std::runtime_error("the number of cores is not known");
+    return CPU_COUNT(&cores);
+}
+
 // Without products there are no pictures to be fetched beside it.
 void searchInVain(Rig& rig)
 {
@@ -70,7 +98,7 @@ void get(Bare& bare)
 
 void wipeAndGet(Bare& bare)
 {
-    bare.ask<double>("WipeAndGet", Bare::searchUrl(), Bare::searchHeaders(), NO_FOLDER);
+    bare.ask<double>("WipeAndGet", Bare::searchUrl(), Bare::searchHeaders(), noFolder());
 }
 
 std::list<Bare> baresOf(std::list<Rig>& rigs)
@@ -117,8 +145,9 @@ void measureFleet(Report& report, int pairs)
     std::list<Bare> bareOne = baresOf(one);
     std::list<Bare> bareFleet = baresOf(fleet);
 
-    const double share = static_cast<double>(SERVICES) / std::thread::hardware_concurrency();
+    const double share = std::max(1.0, static_cast<double>(SERVICES) / usableCores());
     Pairs searches;
+    Pairs pictures;
     Pairs bareSearches;
     Pairs gets;
     for (int i = 0; i < pairs; ++i) {
@@ -128,6 +157,11 @@ void measureFleet(Report& report, int pairs)
         bareSearches.add(rounds(bareFleet, wipeAndGet), bareAlone * share);
         const double getAlone = rounds(bareOne, get);
         gets.add(rounds(bareFleet, get), getAlone * share);
+        const double aloneWithPictures = rounds(one, search);
+        pictures.add(rounds(fleet, search), aloneWithPictures * share);
+        // What is still on its way would be in the way of the next pair.
+        together(one, showCard);
+        together(fleet, showCard);
     }
     const double alone = static_cast<double>(memoryOf(one).front());
     Pairs memory;
@@ -135,7 +169,11 @@ void measureFleet(Report& report, int pairs)
         memory.add(static_cast<double>(each), alone);
 
     const std::string theirs = "50 of one's, shared by the cores";
-    report.add({"50 services, a search each", theirs, Unit::Seconds, Figure::Ratio, 1.1}, searches);
+    report.add({"50 services, a search each that finds nothing", theirs, Unit::Seconds, Figure::Ratio, 1.1},
+               searches);
+    report.add(
+        {"context: 50 services, a search each with pictures", theirs, Unit::Seconds, Figure::Ratio, {}},
+        pictures);
     report.add({"context: 50 bare programs, rm -rf and GET", theirs, Unit::Seconds, Figure::Ratio, {}},
                bareSearches);
     report.add({"context: 50 bare programs, GET", theirs, Unit::Seconds, Figure::Ratio, {}}, gets);

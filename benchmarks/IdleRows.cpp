@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 #include <thread>
 
 #include "Bare.h"
@@ -34,8 +35,10 @@ struct Idleness {
 
 std::string firstLine(const std::filesystem::path& file)
 {
+    std::ifstream stream(file);
     std::string line;
-    std::getline(std::ifstream(file), line);
+    if (!std::getline(stream, line))
+        throw std::runtime_error(file.string() + " cannot be read");
     return line;
 }
 
@@ -47,7 +50,7 @@ long wakeUpsOf(const std::filesystem::path& thread)
         if (line.compare(0, name.size(), name) == 0)
             return std::stol(line.substr(name.size()));
     }
-    return 0;
+    throw std::runtime_error(thread.string() + " does not tell how often it woke up");
 }
 
 Work workOf(pid_t process)

@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include <fcntl.h>
-#include <malloc.h>
 
 #include "Log.h"
 #include "Rows.h"
@@ -53,33 +52,23 @@ class Silence {
     int mStandardOutput;
 };
 
-double allocatedBytes()
-{
-    return static_cast<double>(mallinfo2().uordblks);
-}
-
 }  // namespace
 
 void measureLog(Report& report, int pairs)
 {
     report.announce("log statements");
     Pairs times;
-    Pairs memory;
     {
         const Silence silence;
         statements();  // the first one opens the log
         for (int i = 0; i < 10 * pairs; ++i) {
-            const double before = allocatedBytes();
             const double ours = secondsOf(statements) / STATEMENTS;
-            memory.add(allocatedBytes() - before, 0);
             times.add(ours, secondsOf(bareCalls) / STATEMENTS);
         }
     }
     report.add({"a log statement", "its two formatting calls and thread id call", Unit::Seconds,
                 Figure::Ratio, 1.05},
                times);
-    report.add({"bytes allocated by 1,000 log statements", "none", Unit::Count, Figure::Difference, 0.0},
-               memory);
 }
 
 }  // namespace Benchmarks

@@ -8,7 +8,8 @@ Spread spreadOf(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
     const std::size_t count = values.size();
-    return {values.at(count / 4), values.at(count / 2), values.at(count * 3 / 4)};
+    const double median = (values.at((count - 1) / 2) + values.at(count / 2)) / 2;
+    return {values.at(count / 4), median, values.at(count * 3 / 4)};
 }
 
 void Pairs::add(double ours, double theirs)

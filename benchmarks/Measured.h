@@ -21,10 +21,10 @@ struct Row {
     std::optional<double> goal;  // at most; a difference in the row's unit. None: printed as context
 };
 
-/** The smallest, the middle, and what half of the values lie between. */
+/** The middle of some values, and between what their middle half lies. */
 struct Spread {
     double low;     // first quartile
-    double median;  // of an even number: the upper one
+    double median;  // of an even number: the mean of the two in the middle
     double high;    // third quartile
 };
 

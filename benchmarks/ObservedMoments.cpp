@@ -42,6 +42,9 @@ TestSupport::ChildProcess::Variables ObservedMoments::variables() const
 
 void ObservedMoments::forget()
 {
+    const std::uint32_t count = std::min(mPage->count.load(), MomentsPage::CAPACITY);
+    for (Happened* noted = mPage->moments; noted != mPage->moments + count; ++noted)
+        noted->nanoseconds = 0;
     mPage->count = 0;
 }
 
@@ -50,8 +53,10 @@ std::vector<std::int64_t> ObservedMoments::all(Moment moment) const
     std::vector<std::int64_t> times;
     const std::uint32_t count = std::min(mPage->count.load(), MomentsPage::CAPACITY);
     for (const Happened* noted = mPage->moments; noted != mPage->moments + count; ++noted) {
-        if (noted->moment == moment && (moment != Moment::Waits || noted->onFirstThread))
-            times.push_back(noted->nanoseconds);
+        const std::int64_t time = noted->nanoseconds.load(std::memory_order_acquire);
+        const bool counts = moment != Moment::Waits || noted->onFirstThread;
+        if (time != 0 && noted->moment == moment && counts)
+            times.push_back(time);
     }
     std::sort(times.begin(), times.end());
     return times;
@@ -69,11 +74,13 @@ std::vector<std::int64_t> ObservedMoments::waitFor(Moment moment, std::size_t co
     return all(moment);
 }
 
-std::optional<std::int64_t> ObservedMoments::first(Moment moment, std::int64_t from) const
+std::int64_t ObservedMoments::first(Moment moment, std::int64_t from) const
 {
     const std::vector<std::int64_t> times = all(moment);
     const auto found = std::lower_bound(times.begin(), times.end(), from);
-    return found == times.end() ? std::nullopt : std::optional(*found);
+    if (found == times.end())
+        throw std::runtime_error("what was to be observed did not happen");
+    return *found;
 }
 
 std::optional<std::int64_t> ObservedMoments::last(Moment moment, std::int64_t before) const

@@ -1,6 +1,7 @@
 // The observer's side of the moments.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -30,7 +31,9 @@ class ObservedMoments {
     /** The same, when there are so many. Throws std::runtime_error where that takes a minute. */
     std::vector<std::int64_t> waitFor(Moment moment, std::size_t count) const;
 
-    std::optional<std::int64_t> first(Moment moment, std::int64_t from) const;
+    /** Throws std::runtime_error where there is none. */
+    std::int64_t first(Moment moment, std::int64_t from) const;
+
     std::optional<std::int64_t> last(Moment moment, std::int64_t before) const;
 
   private:

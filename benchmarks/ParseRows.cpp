@@ -41,7 +41,11 @@ double parsedByTheService(Carvoy::SearchControl& control, const std::string& tex
 {
     std::vector<std::string> texts(REPEATS, text);
     auto next = texts.begin();
-    return repeated([&] { control.parseResult(std::move(*next++)); });
+    int refused = 0;
+    const double seconds = repeated([&] { refused += control.parseResult(std::move(*next++)); });
+    if (refused > 0)
+        throw std::runtime_error("the service refused an answer");
+    return seconds;
 }
 
 void addSmallAnswer(Report& report, int pairs)
@@ -70,7 +74,7 @@ void addSmallAnswer(Report& report, int pairs)
 struct Parse {
     double bytes = 0;
     double seconds = 0;
-    double kib = 0;  // most that the process had
+    double kib = 0;  // by which the process grew
 };
 
 Parse parseOnce(const char* parser, std::size_t products)
@@ -88,21 +92,31 @@ void addSizes(Report& report, int pairs)
 {
     for (const auto& [name, products] : SIZES) {
         Pairs linear;
+        Pairs theirLinear;
         Pairs time;
         Pairs memory;
         for (int i = 0; i < pairs; ++i) {
             const Parse ours = parseOnce("service", products);
             const Parse yardstick = parseOnce("service", YARDSTICK.products);
             const Parse theirs = parseOnce("json-glib", products);
+            const Parse theirYardstick = parseOnce("json-glib", YARDSTICK.products);
             linear.add(ours.seconds / ours.bytes, yardstick.seconds / yardstick.bytes);
+            theirLinear.add(theirs.seconds / theirs.bytes, theirYardstick.seconds / theirYardstick.bytes);
             time.add(ours.seconds, theirs.seconds);
             memory.add(ours.kib, theirs.kib);
         }
         const std::string what = std::string("parseResult, ") + name;
         const std::optional<double> goal = products < YARDSTICK.products ? std::nullopt : std::optional(1.3);
         report.add({what, "its time per byte for 100 KB", Unit::SecondsPerByte, Figure::Ratio, goal}, linear);
+        report.add({"context: json-glib's parse, " + std::string(name),
+                    "its time per byte for 100 KB",
+                    Unit::SecondsPerByte,
+                    Figure::Ratio,
+                    {}},
+                   theirLinear);
         report.add({what, "json-glib's own parse", Unit::Seconds, Figure::Ratio, {}}, time);
-        report.add({what, "json-glib's peak memory", Unit::KiB, Figure::Ratio, 1.1}, memory);
+        if (goal)
+            report.add({what, "json-glib's growth in memory", Unit::KiB, Figure::Ratio, 1.1}, memory);
     }
 }
 

@@ -14,6 +14,8 @@ namespace Benchmarks {
 
 namespace {
 
+constexpr std::size_t ENOUGH_PAIRS = 20;
+
 const std::vector<std::string> HEADINGS = {"what",        "against", "ours",  "theirs", "figure",
                                            "middle half", "goal",    "pairs", ""};
 
@@ -93,7 +95,8 @@ void Report::add(const Row& row, const Pairs& pairs)
     const Spread spread = pairs.figure(row.figure);
     const std::string range = asFigure(row, spread.low) + " .. " + asFigure(row, spread.high);
     const std::string goal = row.goal ? asFigure(row, *row.goal) : "";
-    const std::string verdict = !row.goal ? "" : spread.median <= *row.goal ? "within" : "over";
+    const bool isEnough = row.goal && pairs.count() >= ENOUGH_PAIRS;
+    const std::string verdict = !isEnough ? "" : spread.median <= *row.goal ? "within" : "over";
     mRows.push_back({row.what, row.against, inUnit(row.unit, pairs.ours()), inUnit(row.unit, pairs.theirs()),
                      asFigure(row, spread.median), range, goal, std::to_string(pairs.count()), verdict});
 }

@@ -1,6 +1,7 @@
 // A result request through the service against the same two messages without it.
 #include <algorithm>
 #include <atomic>
+#include <stdexcept>
 
 #include "Bare.h"
 #include "ObservedMoments.h"
@@ -33,14 +34,15 @@ class Results {
         mRig.showResult();
         const std::int64_t received = mReceived;
         const std::int64_t polled = mMoments.last(Moment::WokeUp, received).value();
-        const std::int64_t queued = mMoments.last(Moment::Waits, polled).value_or(polled);
+        const std::int64_t queued = std::max(asked, mMoments.last(Moment::Waits, polled).value_or(polled));
         return secondsBetween(asked, received) - std::max(0.0, secondsBetween(queued, polled));
     }
 
     double echo()
     {
         const std::int64_t asked = now();
-        mRig.client().launch(BARE_ID, "echo", 0, {}, "org.example.raw", UI_ID);
+        if (!mRig.client().launch(BARE_ID, "echo", 0, {}, "org.example.raw", UI_ID).empty())
+            throw std::runtime_error("the bare program refused a request");
         mRig.nextUiMessage();
         return secondsBetween(asked, mReceived);
     }

@@ -67,8 +67,15 @@ void expectNone(const std::string& error)
 
 Market::Market() : mFolder(newFolder()), mBridge(mFolder, writeTokens(mFolder)) {}
 
+Rig::Folder::~Folder()
+{
+    fs::remove_all(path);
+    fs::remove(path + ".log");
+}
+
 Rig::Rig(const Market& market, const Options& options)
-    : mRoot(newFolder(options.parentFolder)),
+    : mFolder{newFolder(options.parentFolder)},
+      mRoot(mFolder.path),
       mVariables(environmentOf(mRoot, market)),
       mService({CARVOY_SERVICE}, joined(mVariables, options.variables)),
       mUi(UI_ID, options.onUi),
@@ -84,8 +91,6 @@ Rig::~Rig()
 {
     mService.signal(SIGTERM);
     mService.wait();
-    fs::remove_all(mRoot);
-    fs::remove(mRoot + ".log");
 }
 
 void Rig::search(const std::string& term)
@@ -125,7 +130,9 @@ void Rig::showResults(int count)
         mClient.launchInABurst(SERVICE_ID, OPERATION_RESULT);
     for (int i = 0; i < count; ++i)
         nextUiMessage();
-    mClient.answersToTheBurst();
+    const auto errors = mClient.answersToTheBurst();
+    if (!errors || !errors->empty())
+        throw std::runtime_error("a request of a burst was refused");
 }
 
 std::string memoryFolder()
@@ -136,14 +143,16 @@ std::string memoryFolder()
 long privateMemory(pid_t process)
 {
     std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
-    long sum = 0;
+    long sum = -1;
     for (std::string line; std::getline(file, line);) {
         std::istringstream words(line);
         std::string name;
         long size = 0;
         if (words >> name >> size && name == "Private_Dirty:")
-            sum += size;
+            sum = size;
     }
+    if (sum < 0)
+        throw std::runtime_error("the kernel does not tell what a process needs");
     return sum;
 }
 

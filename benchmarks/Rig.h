@@ -68,14 +68,21 @@ class Rig {
     /** Of the service's environment, but for those that were added. */
     const TestSupport::ChildProcess::Variables& variables() const { return mVariables; }
 
-    /** Throws std::runtime_error where none comes. */
+    /** The next one that came. */
     TestSupport::RawMessage nextUiMessage();
 
     const std::string& root() const { return mRoot; }
 
   private:
+    /** Goes after all that uses it. */
+    struct Folder {
+        const std::string path;
+        ~Folder();
+    };
+
+    const Folder mFolder;
     TestSupport::PrivateBus mBus;
-    const std::string mRoot;
+    const std::string& mRoot;
     const TestSupport::ChildProcess::Variables mVariables;
     TestSupport::ChildProcess mService;
     TestSupport::RawPeer mUi;

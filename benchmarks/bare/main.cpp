@@ -30,6 +30,11 @@ struct CurlDeleter {
 };
 using Curl = std::unique_ptr<CURL, CurlDeleter>;
 
+struct FileCloser {
+    void operator()(FILE* file) const { fclose(file); }
+};
+using File = std::unique_ptr<FILE, FileCloser>;
+
 struct ListDeleter {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
@@ -43,15 +48,26 @@ double timed(Work&& work)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-List connectTo;  // outlives all handles
+// What outlives all handles. Made with the first of them: until then this program is a name and its
+// libraries.
+curl_slist* connectTo()
+{
+    static const List list = [] {
+        curl_global_init(CURL_GLOBAL_ALL);
+        const char* setting = getenv("APPLIANCE_CONNECT_TO");
+        return List(setting ? curl_slist_append(nullptr, setting) : nullptr);
+    }();
+    return list.get();
+}
 
 Curl newHandle(const std::string& url)
 {
+    curl_slist* const led = connectTo();
     Curl handle(curl_easy_init());
     curl_easy_setopt(handle.get(), CURLOPT_URL, url.c_str());
     curl_easy_setopt(handle.get(), CURLOPT_CAINFO, getenv("APPLIANCE_CA_FILE"));
     curl_easy_setopt(handle.get(), CURLOPT_CAPATH, nullptr);
-    curl_easy_setopt(handle.get(), CURLOPT_CONNECT_TO, connectTo.get());
+    curl_easy_setopt(handle.get(), CURLOPT_CONNECT_TO, led);
     curl_easy_setopt(handle.get(), CURLOPT_NOSIGNAL, 1L);
     return handle;
 }
@@ -120,19 +136,17 @@ size_t writeToFile(void* data, size_t size, size_t count, void* file)
 
 void download(const std::string& url, const std::string& path)
 {
-    FILE* file = fopen(path.c_str(), "w");
+    File file(fopen(path.c_str(), "w"));
     if (!file)
         throw sdbus::Error("org.example.Error.Failed", path);
-    {
-        const Curl handle = newHandle(url);
-        curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, writeToFile);
-        curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, file);
-        perform(handle.get());
-        fflush(file);
-        fsync(fileno(file));
-        fclose(file);
-        sync();
-    }
+    const Curl handle = newHandle(url);
+    curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, writeToFile);
+    curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, file.get());
+    perform(handle.get());
+    if (fflush(file.get()) != 0 || fsync(fileno(file.get())) != 0)
+        throw sdbus::Error("org.example.Error.Failed", path);
+    file.reset();
+    sync();
 }
 
 // One after another, each timed; but not the first, which also makes what libcurl keeps.
@@ -181,10 +195,6 @@ class Echo {
 
 int main()
 {
-    curl_global_init(CURL_GLOBAL_ALL);
-    if (const char* setting = getenv("APPLIANCE_CONNECT_TO"))
-        connectTo.reset(curl_slist_append(nullptr, setting));
-
     auto connection = sdbus::createSessionBusConnection();
     Echo echo(*connection);
     auto object = sdbus::createObject(*connection, PATH);

@@ -1,4 +1,4 @@
-// When a program does what only itself can see: noted by a library that is loaded in front of it, on a page
+// When a program does what only itself can see: noted by a library that is loaded in front of it, in memory
 // that its observer shares.
 #pragma once
 
@@ -19,16 +19,17 @@ enum class Moment : std::int32_t {
 };
 
 struct Happened {
-    std::int64_t nanoseconds;  // of CLOCK_MONOTONIC, which all processes share
+    std::atomic<std::int64_t>
+        nanoseconds;  // of CLOCK_MONOTONIC, which all processes share; written last, 0 until then
     Moment moment;
     bool onFirstThread;
 };
 
-/** What comes when it is full is not noted. Zero bytes are an empty page. */
+/** One megabyte that both sides map. What comes when it is full is not noted. Zero bytes are empty. */
 struct MomentsPage {
     static constexpr std::uint32_t CAPACITY = 1 << 16;
 
-    std::atomic<std::uint32_t> count;  // may go beyond the capacity
+    std::atomic<std::uint32_t> count;  // of places taken; may go beyond the capacity
     Happened moments[CAPACITY];
 };
 

@@ -23,17 +23,17 @@ using Benchmarks::MomentsPage;
 
 MomentsPage* page = nullptr;
 
+// What the program starts (a shell, say) is not what is observed.
 __attribute__((constructor)) void mapPage()
 {
     const char* file = getenv(Benchmarks::MOMENTS_VARIABLE);
     const int descriptor = file ? open(file, O_RDWR | O_CLOEXEC) : -1;
+    unsetenv(Benchmarks::MOMENTS_VARIABLE);
+    unsetenv("LD_PRELOAD");
     if (descriptor < 0)
         return;
     void* mapped = mmap(nullptr, sizeof *page, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     close(descriptor);
-    // What the program starts (a shell, say) is not what is observed.
-    unsetenv(Benchmarks::MOMENTS_VARIABLE);
-    unsetenv("LD_PRELOAD");
     if (mapped != MAP_FAILED)
         page = static_cast<MomentsPage*>(mapped);
 }
@@ -45,9 +45,12 @@ void note(Moment moment)
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     const std::uint32_t place = page->count.fetch_add(1);
-    if (place < MomentsPage::CAPACITY)
-        page->moments[place] = {now.tv_sec * 1'000'000'000LL + now.tv_nsec, moment,
-                                syscall(SYS_gettid) == getpid()};
+    if (place >= MomentsPage::CAPACITY)
+        return;
+    Benchmarks::Happened& noted = page->moments[place];
+    noted.moment = moment;
+    noted.onFirstThread = syscall(SYS_gettid) == getpid();
+    noted.nanoseconds.store(now.tv_sec * 1'000'000'000LL + now.tv_nsec, std::memory_order_release);
 }
 
 template <typename Function>
@@ -87,15 +90,6 @@ PRELOADED int rename(const char* from, const char* to) noexcept
 {
     static const auto real = next<decltype(&rename)>("rename");
     const int result = real(from, to);
-    note(Moment::Replaced);
-    return result;
-}
-
-PRELOADED int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
-                        unsigned flags) noexcept
-{
-    static const auto real = next<decltype(&renameat2)>("renameat2");
-    const int result = real(fromFolder, from, toFolder, to, flags);
     if (result == 0)
         note(Moment::Replaced);
     return result;
