@@ -157,16 +157,19 @@ void measureFleet(Report& report, int pairs)
         bareSearches.add(rounds(bareFleet, wipeAndGet), bareAlone * share);
         const double getAlone = rounds(bareOne, get);
         gets.add(rounds(bareFleet, get), getAlone * share);
-        const double aloneWithPictures = rounds(one, search);
-        pictures.add(rounds(fleet, search), aloneWithPictures * share);
+    }
+    const long memoryOfOne = memoryOf(one).front();
+    Pairs memory;
+    for (const long each : memoryOf(fleet))
+        memory.add(static_cast<double>(each), static_cast<double>(memoryOfOne));
+
+    for (int i = 0; i < pairs; ++i) {
+        const double alone = rounds(one, search);
+        pictures.add(rounds(fleet, search), alone * share);
         // What is still on its way would be in the way of the next pair.
         together(one, showCard);
         together(fleet, showCard);
     }
-    const double alone = static_cast<double>(memoryOf(one).front());
-    Pairs memory;
-    for (const long each : memoryOf(fleet))
-        memory.add(static_cast<double>(each), alone);
 
     const std::string theirs = "50 of one's, shared by the cores";
     report.add({"50 services, a search each that finds nothing", theirs, Unit::Seconds, Figure::Ratio, 1.1},
