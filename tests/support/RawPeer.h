@@ -77,6 +77,7 @@ class RawPeer {
     std::unique_ptr<sdbus::IConnection> connection_;
     std::unique_ptr<sdbus::IObject> object_;
     std::map<std::string, std::unique_ptr<sdbus::IProxy>> burstTargets_;
+    std::vector<sdbus::PendingAsyncCall> burstCalls_;
 };
 
 }  // namespace TestSupport
