@@ -1,10 +1,13 @@
 #include "CardView.h"
 
+#include "PlainText.h"
 #include "Table.h"
 
 namespace Tool {
 
 namespace {
+
+using Appliance::printable;
 
 std::string countText(std::size_t count)
 {

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <exception>
-#include <utility>
 
 #include "Terminal.h"
 
@@ -10,32 +9,11 @@ namespace Tool {
 
 namespace {
 
-std::exception_ptr& pendingError()
-{
-    static std::exception_ptr error;
-    return error;
-}
-
-// Ecore is C: an exception must not pass through it.
-void guarded(const std::function<void()>& callback)
-{
-    try {
-        callback();
-    } catch (...) {
-        pendingError() = std::current_exception();
-    }
-}
-
 void rethrowPending()
 {
-    if (pendingError()) {
-        std::rethrow_exception(std::exchange(pendingError(), nullptr));
+    if (const std::exception_ptr error = Appliance::takeCallbackError()) {
+        std::rethrow_exception(error);
     }
-}
-
-double seconds(std::chrono::milliseconds duration)
-{
-    return std::chrono::duration<double>(duration).count();
 }
 
 Eina_Bool askWhetherToStop(void* stop)
@@ -77,13 +55,13 @@ EventLoop::Outcome EventLoop::runUntil(const std::function<bool()>& done,
 {
     bool late = false;
     std::function<bool()> stop = [&] {
-        bool over = late || interrupted_ || pendingError();
+        bool over = late || interrupted_ || Appliance::hasCallbackError();
         if (!over) {
-            guarded([&] { over = done(); });
+            Appliance::guarded([&] { over = done(); });
         }
-        return over || pendingError();
+        return over || Appliance::hasCallbackError();
     };
-    std::optional<Ticker> timer;
+    std::optional<Appliance::Ticker> timer;
     if (limit) {
         timer.emplace(*limit, [&late] { late = true; });
     }
@@ -97,40 +75,6 @@ EventLoop::Outcome EventLoop::runUntil(const std::function<bool()>& done,
         return Outcome::Interrupted;
     }
     return late && !done() ? Outcome::TimedOut : Outcome::Done;
-}
-
-FdWatch::FdWatch(int fd, std::function<void()> onReadable) : onReadable_(std::move(onReadable))
-{
-    handler_ = ecore_main_fd_handler_add(fd, ECORE_FD_READ, onEvent, this, nullptr, nullptr);
-}
-
-FdWatch::~FdWatch()
-{
-    if (handler_ != nullptr) {
-        ecore_main_fd_handler_del(handler_);
-    }
-}
-
-Eina_Bool FdWatch::onEvent(void* self, Ecore_Fd_Handler*)
-{
-    guarded(static_cast<FdWatch*>(self)->onReadable_);
-    return ECORE_CALLBACK_RENEW;
-}
-
-Ticker::Ticker(std::chrono::milliseconds period, std::function<void()> onTick) : onTick_(std::move(onTick))
-{
-    timer_ = ecore_timer_add(seconds(period), onTimer, this);
-}
-
-Ticker::~Ticker()
-{
-    ecore_timer_del(timer_);
-}
-
-Eina_Bool Ticker::onTimer(void* self)
-{
-    guarded(static_cast<Ticker*>(self)->onTick_);
-    return ECORE_CALLBACK_RENEW;
 }
 
 }  // namespace Tool

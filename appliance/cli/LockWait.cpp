@@ -20,7 +20,7 @@ FileLock waitForLock(EventLoop& loop, const std::filesystem::path& file, std::ch
     if (!take()) {
         onWait();
     }
-    const Ticker again(50ms, [] {});  // nobody tells that a lock is free
+    const Appliance::Ticker again(50ms, [] {});  // nobody tells that a lock is free
     switch (loop.runUntil(take, limit)) {
         case EventLoop::Outcome::Done:
             break;

@@ -32,7 +32,7 @@ class Progress {
     std::string text_;
     std::size_t frame_ = 0;
     std::chrono::steady_clock::time_point since_;
-    std::optional<Ticker> ticker_;
+    std::optional<Appliance::Ticker> ticker_;
 };
 
 }  // namespace Tool

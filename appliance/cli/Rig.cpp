@@ -12,9 +12,9 @@
 #include "Exit.h"
 #include "LogFollower.h"
 #include "Names.h"
+#include "PlainText.h"
 #include "RandomText.h"
 #include "SiteValues.h"
-#include "Terminal.h"
 
 namespace Tool {
 
@@ -68,7 +68,7 @@ std::string printableLines(const std::string& text)
     std::string lines;
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
-        lines += (lines.empty() ? "" : "\n") + printable(line);
+        lines += (lines.empty() ? "" : "\n") + Appliance::printable(line);
     }
     return lines;
 }
@@ -76,7 +76,7 @@ std::string printableLines(const std::string& text)
 std::string lastWords(const RunningProgram& child)
 {
     const std::size_t linesShown = 8;
-    const std::string words = lastLines(child.program().output, linesShown);
+    const std::string words = Appliance::lastLines(child.program().output, linesShown);
     const std::string where = "see " + child.program().output.string();
     return words.empty() ? where : where + ", which ends:\n" + printableLines(words);
 }
@@ -224,8 +224,8 @@ void Rig::await(const RunningProgram& child, const std::function<bool()>& ready)
 void Rig::awaitLine(const RunningProgram& child, const LineTest& isWanted)
 {
     bool found = false;
-    LogFollower follower(child.program().output, 0,
-                         [&](const std::string& line) { found = found || isWanted(line); });
+    Appliance::LogFollower follower(child.program().output, 0,
+                                    [&](const std::string& line) { found = found || isWanted(line); });
     follower.readOn();
     await(child, [&found] { return found; });
 }

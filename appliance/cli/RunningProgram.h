@@ -51,7 +51,7 @@ class RunningProgram {
     pid_t pid_ = -1;
     int pidFd_ = -1;
     std::optional<int> status_;  // as of waitpid()
-    std::optional<FdWatch> watch_;
+    std::optional<Appliance::FdWatch> watch_;
 };
 
 }  // namespace Tool

@@ -6,6 +6,7 @@
 
 #include "CardJson.h"
 #include "CardView.h"
+#include "PlainText.h"
 
 namespace Tool {
 
@@ -60,8 +61,8 @@ void SearchOutput::onPicturesAwaited(std::size_t settled, std::size_t total)
 void SearchOutput::errors(const SearchResult& result)
 {
     if (!result.loginTrouble.empty()) {
-        printDetail(style_.red("✗ ") + "not logged in at the retailer: " + printable(result.loginTrouble) +
-                    "\n");
+        printDetail(style_.red("✗ ") +
+                    "not logged in at the retailer: " + Appliance::printable(result.loginTrouble) + "\n");
     }
     for (const std::string& error : result.errors) {
         printDetail(style_.red("✗ ") + error + "\n");

@@ -10,6 +10,7 @@
 
 #include "Exit.h"
 #include "FolderWatch.h"
+#include "GivenUpPicture.h"
 #include "LogFollower.h"
 #include "LogLine.h"
 #include "LoginFile.h"
@@ -28,6 +29,7 @@ using Clock = std::chrono::steady_clock;
 // After this time the service gives up a transfer, and a little more.
 constexpr std::chrono::milliseconds TransferLimit = 8s;
 
+using Appliance::LogLine;
 using Ui::PictureKind;
 using Ui::Source;
 
@@ -111,8 +113,8 @@ class Search {
     std::set<PictureName> settled_;              // came or given up, once told
     std::set<PictureName> came_;                 // of these
     SearchResult result_;
-    LogFollower log_;
-    FolderWatch screen_;
+    Appliance::LogFollower log_;
+    Appliance::FolderWatch screen_;
 };
 
 Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, SearchListener& listener)
@@ -128,10 +130,10 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
       stock_(isAtRetailer(options) ? std::make_unique<RetailerStock>() : nullptr),
       service_(processOf(root, options.source)),
       olderThreads_(downloadThreadsOf(service_)),
-      log_(root.platformLog(), endOf(root.platformLog()),
+      log_(root.platformLog(), Appliance::endOf(root.platformLog()),
            [this](const std::string& line) { noteLine(line); }),
       screen_(root.screenFolder(), [this](const std::string& name) {
-          if (name == root_.cardFile().filename()) {
+          if (name.empty() || name == root_.cardFile().filename()) {
               lookAtCard();
           }
       })
@@ -200,7 +202,7 @@ void Search::lookAtCard()
 
 void Search::noteLine(const std::string& text)
 {
-    const std::optional<LogLine> line = parseLogLine(text);
+    const std::optional<LogLine> line = Appliance::parseLogLine(text);
     if (!line || !isServiceError(*line) || line->pid != service_.value_or(line->pid)) {
         return;
     }

@@ -1,4 +1,4 @@
-// What a terminal may be shown, and how text is coloured for it.
+// What a terminal is, and how text is coloured for it.
 #pragma once
 
 #include <string>
@@ -23,14 +23,5 @@ bool isTerminal(int fd);
 
 // A terminal's width and colours; plain and uncut for anything else. NO_COLOR and TERM=dumb: no colour.
 Style styleOf(int fd);
-
-// Without SGR sequences (ESC [ ... m).
-std::string withoutColours(const std::string& text);
-
-// Control characters become U+FFFD; nothing that is printed can move the cursor.
-std::string printable(const std::string& text);
-
-// For a terminal: SGR sequences stay, other control characters become U+FFFD.
-std::string printableWithColours(const std::string& text);
 
 }  // namespace Tool

@@ -7,13 +7,14 @@
 #include <map>
 
 #include "Names.h"
-#include "Terminal.h"
+#include "PlainText.h"
 #include "Words.h"
 
 namespace Tool {
 
 namespace {
 
+using Appliance::printable;
 using Appliance::VoiceOnBus;
 
 std::string stateName(int state)

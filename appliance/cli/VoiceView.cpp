@@ -7,11 +7,14 @@
 #include "ConversationJson.h"
 #include "Grammar.h"
 #include "Names.h"
+#include "PlainText.h"
 #include "ShopJson.h"
 
 namespace Tool {
 
 namespace {
+
+using Appliance::printable;
 
 const char Indent[] = "  ";
 

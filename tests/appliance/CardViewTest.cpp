@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "PlainText.h"
+
 namespace {
 
 Ui::CardContent groceries()
@@ -100,7 +102,7 @@ TEST_F(ACardInTheTerminal, UsesColourOnlyWhereItIsWanted)
     EXPECT_EQ(Tool::cardText(groceries(), {}).find('\x1B'), std::string::npos);
     const std::string coloured = Tool::cardText(groceries(), {true, 100});
     EXPECT_NE(coloured.find("\x1B[1m"), std::string::npos);
-    EXPECT_EQ(Tool::withoutColours(coloured), Tool::cardText(groceries(), {false, 100}));
+    EXPECT_EQ(Appliance::withoutColours(coloured), Tool::cardText(groceries(), {false, 100}));
 }
 
 TEST_F(ACardInTheTerminal, CannotBeMovedAboutByControlCharacters)

@@ -4,6 +4,7 @@
 
 #include <fstream>
 
+#include "EventLoop.h"
 #include "Patience.h"
 #include "ScratchRoot.h"
 
@@ -21,7 +22,7 @@ class ALogFollower : public testing::Test {
 
     void write(const std::string& text) { std::ofstream(file_, std::ios::app) << text; }
 
-    Tool::LogFollower::LineHandler keep()
+    Appliance::LogFollower::LineHandler keep()
     {
         return [this](const std::string& line) { lines_.push_back(line); };
     }
@@ -40,7 +41,7 @@ class ALogFollower : public testing::Test {
 TEST_F(ALogFollower, SeesLinesAsTheyAreWritten)
 {
     write("before\n");
-    const Tool::LogFollower follower(file_, Tool::endOf(file_), keep());
+    const Appliance::LogFollower follower(file_, Appliance::endOf(file_), keep());
     write("one\ntwo\n");
     ASSERT_TRUE(waitForLines(2));
     EXPECT_EQ(lines_, (Lines{"one", "two"}));
@@ -48,7 +49,7 @@ TEST_F(ALogFollower, SeesLinesAsTheyAreWritten)
 
 TEST_F(ALogFollower, WaitsForAFileThatIsNotThereYet)
 {
-    const Tool::LogFollower follower(file_, 0, keep());
+    const Appliance::LogFollower follower(file_, 0, keep());
     write("first\n");
     ASSERT_TRUE(waitForLines(1));
     EXPECT_EQ(lines_, Lines{"first"});
@@ -56,7 +57,7 @@ TEST_F(ALogFollower, WaitsForAFileThatIsNotThereYet)
 
 TEST_F(ALogFollower, HandsOutALineWhenItIsWhole)
 {
-    Tool::LogFollower follower(file_, 0, keep());
+    Appliance::LogFollower follower(file_, 0, keep());
     write("half");
     follower.readOn();
     EXPECT_TRUE(lines_.empty());
@@ -68,12 +69,12 @@ TEST_F(ALogFollower, HandsOutALineWhenItIsWhole)
 TEST_F(ALogFollower, StartsAtTheLastLines)
 {
     write("1\n2\n3\n");
-    EXPECT_EQ(Tool::lastLines(file_, 2), "2\n3\n");
-    EXPECT_EQ(Tool::lastLines(file_, 9), "1\n2\n3\n");
-    EXPECT_EQ(Tool::lastLines(file_, 0), "");
+    EXPECT_EQ(Appliance::lastLines(file_, 2), "2\n3\n");
+    EXPECT_EQ(Appliance::lastLines(file_, 9), "1\n2\n3\n");
+    EXPECT_EQ(Appliance::lastLines(file_, 0), "");
     write("no newline");
-    EXPECT_EQ(Tool::lastLines(file_, 2), "3\nno newline");
-    EXPECT_EQ(Tool::lastLines(file_.string() + ".missing", 2), "");
+    EXPECT_EQ(Appliance::lastLines(file_, 2), "3\nno newline");
+    EXPECT_EQ(Appliance::lastLines(file_.string() + ".missing", 2), "");
 }
 
 TEST_F(ALogFollower, FindsTheLastLinesOfAFileOfManyBlocks)
@@ -82,7 +83,7 @@ TEST_F(ALogFollower, FindsTheLastLinesOfAFileOfManyBlocks)
     for (int i = 0; i < 500; ++i) {
         write(line + std::to_string(i) + "\n");
     }
-    const std::string last = Tool::lastLines(file_, 100);
+    const std::string last = Appliance::lastLines(file_, 100);
     EXPECT_EQ(last.size(), 100 * 1004U);
     EXPECT_EQ(last.substr(1000, 3), "400");
 }

@@ -1,4 +1,4 @@
-#include "LogLine.h"
+#include "GivenUpPicture.h"
 
 #include <gtest/gtest.h>
 
@@ -11,20 +11,20 @@ const std::string GivenUp =
 
 TEST(ALogLine, IsReadPartByPart)
 {
-    const auto line = Tool::parseLogLine(GivenUp);
+    const auto line = Appliance::parseLogLine(GivenUp);
     ASSERT_TRUE(line);
     EXPECT_EQ(line->priority, 'E');
     EXPECT_EQ(line->tag, "carvoy-service");
     EXPECT_EQ(line->pid, 4711);
     EXPECT_EQ(line->text, "[4712] SearchControl.cpp: operator()(407) > Failed to startDownload for index 3");
-    EXPECT_EQ(Tool::messageOf(*line), "Failed to startDownload for index 3");
-    EXPECT_EQ(Tool::threadOf(*line), 4712);
-    EXPECT_TRUE(Tool::isServiceError(*line));
+    EXPECT_EQ(Appliance::messageOf(*line), "Failed to startDownload for index 3");
+    EXPECT_EQ(Appliance::threadOf(*line), 4712);
+    EXPECT_TRUE(Appliance::isServiceError(*line));
 }
 
 TEST(ALogLine, MayHaveAShortTagAndNoText)
 {
-    const auto line = Tool::parseLogLine("I/ui      (    7): ");
+    const auto line = Appliance::parseLogLine("I/ui      (    7): ");
     ASSERT_TRUE(line);
     EXPECT_EQ(line->tag, "ui");
     EXPECT_EQ(line->pid, 7);
@@ -35,22 +35,22 @@ TEST(ALogLine, OfAnotherFormIsNone)
 {
     for (const char* text :
          {"", "hello", "E carvoy-service( 1): x", "X/tag( 1): x", "E/tag( x): x", "E/tag(1)"}) {
-        EXPECT_FALSE(Tool::parseLogLine(text)) << text;
+        EXPECT_FALSE(Appliance::parseLogLine(text)) << text;
     }
 }
 
 TEST(ALogLine, MayTellNoThread)
 {
     for (const char* text : {"", "[", "[]", "[] x", "[-1] x", "[x] x", "[12x] x", "[12]", "x [12] y"}) {
-        const auto line = Tool::parseLogLine(std::string("E/carvoy-service( 1): ") + text);
+        const auto line = Appliance::parseLogLine(std::string("E/carvoy-service( 1): ") + text);
         ASSERT_TRUE(line) << text;
-        EXPECT_EQ(Tool::threadOf(*line), std::nullopt) << text;
+        EXPECT_EQ(Appliance::threadOf(*line), std::nullopt) << text;
     }
 }
 
 TEST(AGivenUpPicture, IsKnownByItsLine)
 {
-    const auto picture = Tool::pictureGivenUp(*Tool::parseLogLine(GivenUp));
+    const auto picture = Tool::pictureGivenUp(*Appliance::parseLogLine(GivenUp));
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->source, Ui::Source::Merchant);
     EXPECT_EQ(picture->index, 3U);
@@ -62,12 +62,12 @@ TEST(AGivenUpPicture, OfTheRetailerHasAType)
     const std::string line =
         "E/carvoy-service( 1): [2] SearchEmartControl.cpp: f(2) > Failed to startDownload for index 4, "
         "type: ";
-    const auto picture = Tool::pictureGivenUp(*Tool::parseLogLine(line + "0"));
+    const auto picture = Tool::pictureGivenUp(*Appliance::parseLogLine(line + "0"));
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->source, Ui::Source::Retailer);
     EXPECT_EQ(picture->index, 4U);
     EXPECT_EQ(picture->kind, Ui::PictureKind::Product);
-    const auto badge = Tool::pictureGivenUp(*Tool::parseLogLine(line + "2"));
+    const auto badge = Tool::pictureGivenUp(*Appliance::parseLogLine(line + "2"));
     ASSERT_TRUE(badge);
     EXPECT_EQ(badge->kind, Ui::PictureKind::Badge);
 }
@@ -82,7 +82,7 @@ TEST(AGivenUpPicture, IsNeitherAnotherErrorNorAnotherProgramsLine)
           "E/carvoy-service( 1): " + message + "3, type: ", "E/carvoy-service( 1): " + message + "x, type: 0",
           "E/carvoy-service( 1): " + message + "3, type: 20", "E/carvoy-service( 1): " + message + "3,",
           std::string("E/carvoy-service( 1): [1] a.cpp: f(2) > curl perform failed: 0")}) {
-        const auto line = Tool::parseLogLine(text);
+        const auto line = Appliance::parseLogLine(text);
         ASSERT_TRUE(line) << text;
         EXPECT_FALSE(Tool::pictureGivenUp(*line)) << text;
     }

@@ -1,4 +1,4 @@
-#include "StatusRecord.h"
+#include "StatusView.h"
 
 #include <gtest/gtest.h>
 #include <nuvex-da-db.h>
@@ -32,13 +32,13 @@ void writeTotal(int total)
 
 TEST(AStatusRecord, ThatNobodyWroteIsNone)
 {
-    EXPECT_EQ(Tool::readStatusRecord(TestSupport::ScratchRoot::file("nowhere.sqlite")), std::nullopt);
+    EXPECT_EQ(Appliance::readStatusRecord(TestSupport::ScratchRoot::file("nowhere.sqlite")), std::nullopt);
 }
 
 TEST(AStatusRecord, HasNothingInAColumnThatNobodyWrote)
 {
     writeTotal(6);
-    const auto record = Tool::readStatusRecord(ownRoot().dataStore());
+    const auto record = Appliance::readStatusRecord(ownRoot().dataStore());
     ASSERT_TRUE(record);
     EXPECT_EQ((*record)[2], 6);
     EXPECT_EQ((*record)[0], std::nullopt);
@@ -49,13 +49,13 @@ TEST(AStatusRecord, OfADamagedStoreIsAnError)
 {
     const std::string file = TestSupport::ScratchRoot::file("damaged.sqlite");
     std::ofstream(file) << std::string(5000, 'x');
-    EXPECT_THROW(Tool::readStatusRecord(file), std::runtime_error);
+    EXPECT_THROW(Appliance::readStatusRecord(file), std::runtime_error);
 }
 
 TEST(AStatusRecord, ShowsADashForNothing)
 {
     Tool::useUtf8();
-    const Tool::StatusRecord record = {1, 0, 6, std::nullopt, std::nullopt};
+    const Appliance::StatusRecord record = {1, 0, 6, std::nullopt, std::nullopt};
     EXPECT_EQ(Tool::statusText(record, 1, {}),
               "Status record “Commerce”\n"
               "\n"
@@ -68,7 +68,7 @@ TEST(AStatusRecord, ShowsADashForNothing)
 
 TEST(AStatusRecord, IsNullInJsonWhereThereIsNothing)
 {
-    const Tool::StatusRecord record = {1, 0, 6, std::nullopt, std::nullopt};
+    const Appliance::StatusRecord record = {1, 0, 6, std::nullopt, std::nullopt};
     const nlohmann::json json = Tool::statusJson(record, std::nullopt);
     EXPECT_EQ(json["Commerce"]["totalCount"], 6);
     EXPECT_TRUE(json["Commerce"]["currentViewType"].is_null());

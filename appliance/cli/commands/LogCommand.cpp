@@ -4,13 +4,17 @@
 #include <memory>
 
 #include "Commands.h"
+#include "EventLoop.h"
 #include "LogFollower.h"
+#include "PlainText.h"
 #include "Root.h"
 #include "Terminal.h"
 
 namespace Tool {
 
 namespace {
+
+using Appliance::printable;
 
 struct LogArguments {
     std::string root;
@@ -26,13 +30,14 @@ Exit showLog(const LogArguments& arguments)
     }
     const bool colour = styleOf(STDOUT_FILENO).colour;
     EventLoop loop;
-    LogFollower follower(root.platformLog(), startOfLastLines(root.platformLog(), arguments.lines),
-                         [colour](const std::string& line) {
-                             const std::string text =
-                                 colour ? printableWithColours(line) : printable(withoutColours(line));
-                             std::fputs((text + "\n").c_str(), stdout);
-                             std::fflush(stdout);
-                         });
+    Appliance::LogFollower follower(
+        root.platformLog(), Appliance::startOfLastLines(root.platformLog(), arguments.lines),
+        [colour](const std::string& line) {
+            const std::string text =
+                colour ? Appliance::printableWithColours(line) : printable(Appliance::withoutColours(line));
+            std::fputs((text + "\n").c_str(), stdout);
+            std::fflush(stdout);
+        });
     follower.readOn();
     if (arguments.follow) {
         loop.runUntil([] { return ferror(stdout) != 0; });

@@ -40,7 +40,8 @@ Ui::CardContent freshCard(EventLoop& loop, const Root& root, Ui::Source source,
     Appliance::Extras whose;
     whose.texts[Appliance::KeySource] = Ui::nameOf(source);
     std::optional<Ui::CardContent> card;
-    const FolderWatch screen(root.screenFolder(), [&](const std::string&) { card = currentCard(root); });
+    const Appliance::FolderWatch screen(root.screenFolder(),
+                                        [&](const std::string&) { card = currentCard(root); });
     const CardMark mark = askUi(loop, Appliance::OperationShow, whose, limit);
     card = currentCard(root);
     const auto isNewer = [&] { return card && card->results > mark.results; };

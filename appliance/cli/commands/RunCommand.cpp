@@ -15,7 +15,7 @@
 #include "Rig.h"
 #include "SearchArguments.h"
 #include "SearchOutput.h"
-#include "StatusRecord.h"
+#include "StatusView.h"
 #include "VoiceView.h"
 
 namespace Tool {
@@ -124,7 +124,7 @@ struct RunArguments {
 
 struct Findings {
     SearchResult search;
-    std::optional<StatusRecord> record;
+    std::optional<Appliance::StatusRecord> record;
     std::optional<int> flag;
     std::optional<VoiceTurn> turn;
 
@@ -171,8 +171,8 @@ void search(EventLoop& loop, const Root& root, const RunArguments& arguments, Se
         output.errors(findings.search);
     }
     output.progress().clear();
-    findings.record = readStatusRecord(root.dataStore());
-    findings.flag = readSearchFlag();
+    findings.record = Appliance::readStatusRecord(root.dataStore());
+    findings.flag = Appliance::readSearchFlag();
     printText(statusText(findings.record, findings.flag, styleOf(STDOUT_FILENO)), arguments);
 }
 

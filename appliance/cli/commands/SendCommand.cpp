@@ -5,12 +5,14 @@
 #include "Asking.h"
 #include "Commands.h"
 #include "Extras.h"
+#include "PlainText.h"
 #include "Session.h"
-#include "Terminal.h"
 
 namespace Tool {
 
 namespace {
+
+using Appliance::printable;
 
 struct SendArguments {
     std::string root;

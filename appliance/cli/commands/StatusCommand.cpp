@@ -1,5 +1,3 @@
-#include "StatusRecord.h"
-
 #include <unistd.h>
 
 #include <cstdio>
@@ -8,6 +6,7 @@
 #include "Commands.h"
 #include "IndentedJson.h"
 #include "Session.h"
+#include "StatusView.h"
 #include "VoiceStatus.h"
 
 namespace Tool {
@@ -17,8 +16,8 @@ namespace {
 Exit status(const std::string& rootOption, bool json)
 {
     const Session session = enterSession(rootOption);
-    const auto record = readStatusRecord(session.root.dataStore());
-    const auto flag = readSearchFlag();
+    const auto record = Appliance::readStatusRecord(session.root.dataStore());
+    const auto flag = Appliance::readSearchFlag();
     const auto voice = readVoice();
     nlohmann::json all = statusJson(record, flag);
     all["voice"] = voiceJson(voice);

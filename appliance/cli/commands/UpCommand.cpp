@@ -6,6 +6,7 @@
 #include "Commands.h"
 #include "Confirmation.h"
 #include "LogFollower.h"
+#include "PlainText.h"
 #include "Rig.h"
 #include "Terminal.h"
 
@@ -60,7 +61,7 @@ class StdinEnd {
 
   private:
     bool closed_ = false;
-    FdWatch watch_;
+    Appliance::FdWatch watch_;
 };
 
 Exit stopped(Rig& rig)
@@ -74,10 +75,11 @@ Exit stopped(Rig& rig)
 
 void stay(EventLoop& loop, const Rig& rig, const UpArguments& arguments)
 {
-    std::unique_ptr<LogFollower> bridge;
+    std::unique_ptr<Appliance::LogFollower> bridge;
     if (arguments.bridgeLog) {
-        bridge = std::make_unique<LogFollower>(rig.bridgeLog(), endOf(rig.bridgeLog()),
-                                               [](const std::string& line) { printLine(printable(line)); });
+        bridge = std::make_unique<Appliance::LogFollower>(
+            rig.bridgeLog(), Appliance::endOf(rig.bridgeLog()),
+            [](const std::string& line) { printLine(Appliance::printable(line)); });
     }
     std::unique_ptr<StdinEnd> stdinEnd;
     if (arguments.untilStdinCloses) {

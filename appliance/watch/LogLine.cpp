@@ -1,30 +1,16 @@
 #include "LogLine.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 
-#include "Terminal.h"
+#include "PlainText.h"
+#include "WholeNumber.h"
 
-namespace Tool {
+namespace Appliance {
 
 namespace {
 
 constexpr std::string_view Priorities = "VDIWEF";
-constexpr std::string_view GivenUp = "Failed to startDownload for index ";
-constexpr std::string_view PictureType = ", type: 0";
-constexpr std::string_view BadgeType = ", type: 2";
-
-// The whole text as a number without a sign.
-template <typename Number>
-std::optional<Number> numberFrom(std::string_view text)
-{
-    Number value = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    const bool whole = error == std::errc() && stop == end && text[0] != '-';
-    return whole ? std::optional<Number>(value) : std::nullopt;
-}
 
 std::string_view withoutBlanksInFront(std::string_view text)
 {
@@ -79,29 +65,4 @@ bool isServiceError(const LogLine& line)
     return line.priority == 'E' && line.tag == "carvoy-service";
 }
 
-// "INDEX" from the service, "INDEX, type: TYPE" from the retailer's.
-std::optional<GivenUpPicture> pictureGivenUp(const LogLine& line)
-{
-    const std::string message = messageOf(line);
-    if (!isServiceError(line) || message.rfind(GivenUp, 0) != 0) {
-        return std::nullopt;
-    }
-    const std::string_view rest = std::string_view(message).substr(GivenUp.size());
-    const std::size_t comma = rest.find(',');
-    const auto index = numberFrom<std::size_t>(rest.substr(0, comma));
-    if (!index) {
-        return std::nullopt;
-    }
-    if (comma == std::string_view::npos) {
-        return GivenUpPicture{Ui::Source::Merchant, *index, Ui::PictureKind::Product};
-    }
-    const std::string_view type = rest.substr(comma);
-    if (type != PictureType && type != BadgeType) {
-        return std::nullopt;
-    }
-    const bool isBadge = type == BadgeType;
-    return GivenUpPicture{Ui::Source::Retailer, *index,
-                          isBadge ? Ui::PictureKind::Badge : Ui::PictureKind::Product};
-}
-
-}  // namespace Tool
+}  // namespace Appliance

@@ -1,18 +1,20 @@
-// Tells when a file in a folder is created, replaced or written to.
+// Tells when a file in a folder is created, replaced, written to, written to the end or gone.
 #pragma once
 
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
-#include "EventLoop.h"
+#include "FdWatch.h"
 
-namespace Tool {
+namespace Appliance {
 
 // Main loop only. The folder must exist: throws std::system_error otherwise.
 class FolderWatch {
   public:
-    // `onChange` gets the file's name; several changes may come as one call.
+    // `onChange` gets the file's name; several changes may come as one call. An empty name: more came at once
+    // than the kernel keeps, so that any file may have changed.
     FolderWatch(const std::filesystem::path& folder, std::function<void(const std::string& name)> onChange);
     ~FolderWatch();
     FolderWatch(const FolderWatch&) = delete;
@@ -26,4 +28,4 @@ class FolderWatch {
     std::optional<FdWatch> watch_;
 };
 
-}  // namespace Tool
+}  // namespace Appliance

@@ -8,7 +8,7 @@
 #include <iterator>
 #include <utility>
 
-namespace Tool {
+namespace Appliance {
 
 namespace {
 
@@ -28,7 +28,7 @@ LogFollower::LogFollower(const std::filesystem::path& file, std::uintmax_t offse
       onLine_(std::move(onLine)),
       offset_(offset),
       watch_(file.parent_path(), [this](const std::string& name) {
-          if (name == file_.filename()) {
+          if (name.empty() || name == file_.filename()) {
               readOn();
           }
       })
@@ -105,4 +105,4 @@ std::string lastLines(const std::filesystem::path& file, std::size_t lines)
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-}  // namespace Tool
+}  // namespace Appliance

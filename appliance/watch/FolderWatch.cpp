@@ -4,11 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <set>
 #include <system_error>
 #include <utility>
 
-namespace Tool {
+namespace Appliance {
 
 namespace {
 
@@ -18,7 +19,9 @@ int watchingDescriptor(const std::filesystem::path& folder)
     if (fd < 0) {
         throw std::system_error(errno, std::generic_category(), "inotify");
     }
-    if (inotify_add_watch(fd, folder.c_str(), IN_CREATE | IN_MODIFY | IN_MOVED_TO) < 0) {
+    const std::uint32_t changes =
+        IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+    if (inotify_add_watch(fd, folder.c_str(), changes) < 0) {
         const int error = errno;
         close(fd);
         throw std::system_error(error, std::generic_category(), "cannot watch " + folder.string());
@@ -32,6 +35,8 @@ void collectNames(const char* events, ssize_t length, std::set<std::string>& nam
         const auto* event = reinterpret_cast<const inotify_event*>(at);
         if (event->len > 0) {
             names.insert(event->name);
+        } else if ((event->mask & IN_Q_OVERFLOW) != 0) {
+            names.insert("");
         }
         at += sizeof(inotify_event) + event->len;
     }
@@ -64,4 +69,4 @@ void FolderWatch::readEvents()
     }
 }
 
-}  // namespace Tool
+}  // namespace Appliance

@@ -3,13 +3,12 @@
 
 #include <array>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
-#include "Terminal.h"
+namespace Appliance {
 
-namespace Tool {
+inline constexpr char SearchFlag[] = "db/nuvex/e-commerce/response";
 
 inline constexpr std::array<const char*, 5> StatusColumns = {"isLoggedIn", "isLinked", "totalCount",
                                                              "productCountInCart", "currentViewType"};
@@ -21,11 +20,7 @@ using StatusRecord = std::array<std::optional<int>, StatusColumns.size()>;
 // Throws std::runtime_error for a file that cannot be read as a data store.
 std::optional<StatusRecord> readStatusRecord(const std::filesystem::path& dataStore);
 
-// The flag that tells that a search was answered. Nothing where it is not set. Needs the entered session.
+// SearchFlag, which tells that a search was answered. Nothing where it is not set. Needs the entered session.
 std::optional<int> readSearchFlag();
 
-std::string statusText(const std::optional<StatusRecord>& record, std::optional<int> flag,
-                       const Style& style);
-nlohmann::json statusJson(const std::optional<StatusRecord>& record, std::optional<int> flag);
-
-}  // namespace Tool
+}  // namespace Appliance

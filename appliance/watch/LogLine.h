@@ -4,9 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Card.h"
-
-namespace Tool {
+namespace Appliance {
 
 // P/TAG     (  pid): text
 struct LogLine {
@@ -28,13 +26,4 @@ std::optional<int> threadOf(const LogLine& line);
 // Of the service, or of the retailer's, which logs by the same tag.
 bool isServiceError(const LogLine& line);
 
-struct GivenUpPicture {
-    Ui::Source source;
-    std::size_t index;  // the product's position from 0
-    Ui::PictureKind kind;
-};
-
-// The picture that this line of the service or the retailer's service gives up.
-std::optional<GivenUpPicture> pictureGivenUp(const LogLine& line);
-
-}  // namespace Tool
+}  // namespace Appliance

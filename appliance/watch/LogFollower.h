@@ -7,7 +7,7 @@
 
 #include "FolderWatch.h"
 
-namespace Tool {
+namespace Appliance {
 
 // Main loop only. The file may appear later; its folder must exist.
 class LogFollower {
@@ -43,4 +43,4 @@ std::uintmax_t startOfLastLines(const std::filesystem::path& file, std::size_t l
 // The last lines as text, each with its newline.
 std::string lastLines(const std::filesystem::path& file, std::size_t lines);
 
-}  // namespace Tool
+}  // namespace Appliance

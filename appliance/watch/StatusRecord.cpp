@@ -6,13 +6,10 @@
 #include <memory>
 #include <stdexcept>
 
-#include "Table.h"
-
-namespace Tool {
+namespace Appliance {
 
 namespace {
 
-const char SearchFlag[] = "db/nuvex/e-commerce/response";
 constexpr int BusyMilliseconds = 3000;
 
 using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
@@ -47,16 +44,6 @@ StatusRecord recordIn(sqlite3_stmt* row)
     return record;
 }
 
-std::string valueText(std::optional<int> value)
-{
-    return value ? std::to_string(*value) : "–";
-}
-
-nlohmann::json valueJson(std::optional<int> value)
-{
-    return value ? nlohmann::json(*value) : nlohmann::json(nullptr);
-}
-
 }  // namespace
 
 std::optional<StatusRecord> readStatusRecord(const std::filesystem::path& dataStore)
@@ -89,26 +76,4 @@ std::optional<int> readSearchFlag()
     return vconf_get_int(SearchFlag, &value) == VCONF_OK ? std::optional<int>(value) : std::nullopt;
 }
 
-std::string statusText(const std::optional<StatusRecord>& record, std::optional<int> flag, const Style& style)
-{
-    Table table(style);
-    std::vector<std::string> values;
-    for (std::size_t i = 0; i < StatusColumns.size(); ++i) {
-        table.addColumn(StatusColumns[i], Table::Align::Right);
-        values.push_back(valueText(record ? (*record)[i] : std::nullopt));
-    }
-    table.addRow(values);
-    return style.bold("Status record “Commerce”") + "\n\n" + table.text() + "\n" + SearchFlag + " = " +
-           valueText(flag) + "\n";
-}
-
-nlohmann::json statusJson(const std::optional<StatusRecord>& record, std::optional<int> flag)
-{
-    nlohmann::json columns;
-    for (std::size_t i = 0; record && i < StatusColumns.size(); ++i) {
-        columns[StatusColumns[i]] = valueJson((*record)[i]);
-    }
-    return {{"Commerce", columns}, {SearchFlag, valueJson(flag)}};
-}
-
-}  // namespace Tool
+}  // namespace Appliance
