@@ -35,7 +35,8 @@ std::string configuration(const PrivateBus::Options& options)
            "<listen>unix:tmpdir=" +
            ScratchRoot::path() + "</listen><auth>EXTERNAL</auth>" + serviceFolder(options.serviceFolder) +
            "<policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-           "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy>" +
+           "<allow eavesdrop=\"true\"/><allow own=\"*\"/>" +
+           options.policy + "</policy>" +
            // The session bus of a desktop lets its clients make as many calls at once.
            "<limit name=\"max_replies_per_connection\">50000</limit>" + replyLimit(options.replyLimit) +
            "</busconfig>";
