@@ -9,6 +9,7 @@ async function load(place, image, name, addressOf) {
     }
     if (address) {
         image.src = address;
+        place.firstElementChild.src = address;
     } else {
         place.dataset.picture = "gone";
     }
@@ -18,7 +19,8 @@ async function load(place, image, name, addressOf) {
 export function makePicture(alt) {
     const image = el("img", { alt, draggable: "false" });
     const words = el("span.picture-words");
-    const place = el("div.picture", { "data-picture": "awaited" }, image, words);
+    const backdrop = el("img.backdrop", { alt: "", "aria-hidden": "true" });
+    const place = el("div.picture", { "data-picture": "awaited" }, backdrop, image, words);
     const isWanted = () => place.dataset.picture === "coming";
     image.addEventListener("load", () => isWanted() && (place.dataset.picture = "shown"));
     image.addEventListener("error", () => isWanted() && (place.dataset.picture = "gone"));
@@ -29,7 +31,7 @@ const Words = { missing: "No picture" };
 
 /** `fate` is "known", "awaited" or "missing"; `name` is the picture's, where it is known. */
 export function showPicture(place, fate, name, addressOf) {
-    const [image, words] = place.children;
+    const [backdrop, image, words] = place.children;
     setText(words, Words[fate] ?? "");
     if (fate === "known" && place.dataset.name === name && place.dataset.picture !== "awaited") {
         return;
@@ -40,6 +42,7 @@ export function showPicture(place, fate, name, addressOf) {
         load(place, image, name, addressOf);
     } else {
         image.removeAttribute("src");
+        backdrop.removeAttribute("src");
         place.dataset.picture = fate;
     }
 }
