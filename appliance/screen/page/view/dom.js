@@ -1,0 +1,88 @@
+// The only place that makes elements. Text is always text: nothing here takes markup.
+
+const Svg = "http://www.w3.org/2000/svg";
+
+function set(element, name, value) {
+    if (name.startsWith("on")) {
+        element.addEventListener(name.slice(2), value);
+    } else if (value === true) {
+        element.setAttribute(name, "");
+    } else if (value !== false && value !== undefined && value !== null) {
+        element.setAttribute(name, value);
+    }
+}
+
+/** el("p.note.small", {title: "…", onclick: f}, "text", otherElement): classes in the name, listeners by on… */
+export function el(name, attributes = {}, ...children) {
+    const [tag, ...classes] = name.split(".");
+    const element = document.createElement(tag);
+    element.classList.add(...classes);
+    Object.entries(attributes).forEach(([key, value]) => set(element, key, value));
+    element.append(...children.flat().filter((child) => child !== null && child !== undefined && child !== ""));
+    return element;
+}
+
+/** An icon of the page's sprite. */
+export function icon(name) {
+    const svg = document.createElementNS(Svg, "svg");
+    svg.setAttribute("class", "icon");
+    svg.setAttribute("aria-hidden", "true");
+    const use = document.createElementNS(Svg, "use");
+    use.setAttribute("href", `#icon-${name}`);
+    svg.append(use);
+    return svg;
+}
+
+export const byId = (id) => document.getElementById(id);
+
+export function setText(element, text) {
+    if (element.textContent !== text) {
+        element.textContent = text;
+    }
+}
+
+export function hidden(text) {
+    return el("span.hidden", {}, text);
+}
+
+/**
+ * Makes the children of `parent` those of `items`, in order, and touches only what differs, so that focus, selection and
+ * scroll stay. `make(item)` returns an element; `update(element, item)` is called for each.
+ */
+export function keyed(parent, items, keyOf, make, update = () => {}) {
+    const known = parent.keyedChildren ?? new Map();
+    const next = new Map();
+    for (const item of items) {
+        const key = keyOf(item);
+        next.set(key, known.get(key) ?? make(item));
+    }
+    for (const [key, element] of known) {
+        if (!next.has(key)) {
+            element.remove();
+        }
+    }
+    let at = parent.firstElementChild;
+    let index = 0;
+    for (const element of next.values()) {
+        if (element === at) {
+            at = at.nextElementSibling;
+        } else {
+            parent.insertBefore(element, at);
+        }
+        update(element, items[index]);
+        index += 1;
+    }
+    parent.keyedChildren = next;
+}
+
+/** A function of a view that calls `draw` only when one of the values that `select` picks has changed. */
+export function when(select, draw) {
+    let last = null;
+    return (view) => {
+        const now = select(view);
+        if (last === null || now.some((value, index) => value !== last[index])) {
+            last = now;
+            draw(view);
+        }
+    };
+}
