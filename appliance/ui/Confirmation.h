@@ -25,6 +25,9 @@ class Confirmation {
     Confirmation(const Confirmation&) = delete;
     Confirmation& operator=(const Confirmation&) = delete;
 
+    // For the answers to come.
+    void change(Mode mode) { mode_ = mode; }
+
     // Answers the request, or keeps a clone of it to answer it later in place of an earlier one.
     void answer(app_control_h request);
 
