@@ -11,6 +11,7 @@
 
 #include "Exit.h"
 #include "LogFollower.h"
+#include "MerchantStock.h"
 #include "Names.h"
 #include "PlainText.h"
 #include "RandomText.h"
@@ -63,6 +64,13 @@ std::optional<int> portIn(const std::string& line)
     return usable ? std::optional<int>(json["port"].get<int>()) : std::nullopt;
 }
 
+std::string addressIn(const std::string& line)
+{
+    const nlohmann::json json = nlohmann::json::parse(line, nullptr, false);
+    const bool usable = json.is_object() && json.contains("screen") && json["screen"].is_string();
+    return usable ? json["screen"].get<std::string>() : "";
+}
+
 std::string printableLines(const std::string& text)
 {
     std::string lines;
@@ -108,7 +116,7 @@ void Rig::start(const ReadyHandler& onReady)
     startApp("carvoy-assistant", Appliance::AssistantAppId, {});
     startApp("carvoy-service", Appliance::ServiceAppId, {});
     startApp("carvoy-retailer", Appliance::RetailerServiceAppId, {});
-    startApp("carvoy-ui", Appliance::UiAppId, options_.uiArguments);
+    startUi();
     session_.write();
 }
 
@@ -179,14 +187,36 @@ std::string Rig::startShop(const std::string& name, const std::vector<std::strin
     return "127.0.0.1:" + std::to_string(port);
 }
 
-void Rig::startApp(const std::string& name, const std::string& appId,
-                   const std::vector<std::string>& arguments)
+RunningProgram& Rig::startApp(const std::string& name, const std::string& appId,
+                              const std::vector<std::string>& arguments)
 {
     std::vector<std::string> command = {program(name)};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const RunningProgram& child = spawn(name, command);
+    RunningProgram& child = spawn(name, command);
     await(child, [this, &appId] { return names_->isOwned(appId); });
     onReady_(name, appId + ", process " + std::to_string(child.pid()));
+    return child;
+}
+
+void Rig::startUi()
+{
+    std::vector<std::string> arguments = options_.uiArguments;
+    if (options_.screenPort) {
+        const std::vector<std::string> screen = {"--screen", std::to_string(*options_.screenPort),
+                                                 "--untrusted-file", options_.root.untrustedFile().string()};
+        arguments.insert(arguments.end(), screen.begin(), screen.end());
+        for (const std::string& merchant : merchantIds()) {
+            arguments.insert(arguments.end(), {"--merchant", merchant});
+        }
+    }
+    const RunningProgram& ui = startApp("carvoy-ui", Appliance::UiAppId, arguments);
+    if (options_.screenPort) {
+        awaitLine(ui, [this](const std::string& line) {
+            screenAddress_ = addressIn(line);
+            return !screenAddress_.empty();
+        });
+        onReady_("screen", screenAddress_);
+    }
 }
 
 RunningProgram& Rig::spawn(const std::string& name, std::vector<std::string> command)

@@ -19,6 +19,7 @@ namespace Tool {
 struct RigOptions {
     Root root;
     std::vector<std::string> uiArguments;
+    std::optional<int> screenPort;  // 0: any that is free; nothing: no page is served
 };
 
 // Owns the processes and the root's lock. Main thread only.
@@ -40,6 +41,9 @@ class Rig {
     // Ends everything. Returns what went wrong with it: a line for each program that did not end well.
     std::vector<std::string> stop();
 
+    // Where the page is served, once started; empty where none is.
+    const std::string& screenAddress() const { return screenAddress_; }
+
     std::filesystem::path bridgeLog() const { return options_.root.logFolder() / "merchant-bridge.log"; }
 
   private:
@@ -50,8 +54,9 @@ class Rig {
     void startBridge();
     void startRetailer();
     std::string startShop(const std::string& name, const std::vector<std::string>& arguments);
-    void startApp(const std::string& program, const std::string& appId,
-                  const std::vector<std::string>& arguments);
+    RunningProgram& startApp(const std::string& program, const std::string& appId,
+                             const std::vector<std::string>& arguments);
+    void startUi();
     RunningProgram& spawn(const std::string& name, std::vector<std::string> command);
     std::filesystem::path outputOf(const std::string& name) const;
     void await(const RunningProgram& child, const std::function<bool()>& ready);
@@ -65,6 +70,7 @@ class Rig {
     std::optional<BusNames> names_;
     Session session_;
     ReadyHandler onReady_;
+    std::string screenAddress_;
     bool stopping_ = false;
     std::vector<std::unique_ptr<RunningProgram>> children_;  // in the order of their start
 };

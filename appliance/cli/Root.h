@@ -23,6 +23,7 @@ struct Root {
     std::filesystem::path lockFile() const { return path / "lock"; }
     std::filesystem::path sayLockFile() const { return path / "say.lock"; }
     std::filesystem::path dataStore() const { return path / "data-store.sqlite"; }
+    std::filesystem::path untrustedFile() const { return path / "untrusted-certificate"; }
 };
 
 // The build folder that this program lies in: the parent of its bin folder.

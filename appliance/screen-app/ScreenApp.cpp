@@ -66,13 +66,14 @@ void ScreenApp::handle(app_control_h message)
     save();
 }
 
-void ScreenApp::save() const
+void ScreenApp::save()
 {
     try {
         replaceJsonFile(file_, content());
     } catch (const std::exception& error) {
         dlog_print(DLOG_ERROR, tag_, "File not written: %s", error.what());
     }
+    onSaved();
 }
 
 std::string ScreenApp::outcomeOf(const std::string& whyIgnored)

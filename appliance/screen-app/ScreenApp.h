@@ -40,8 +40,11 @@ class ScreenApp {
     // What the file is to hold.
     virtual nlohmann::json content() const = 0;
 
+    // After the file was written, or could not be.
+    virtual void onSaved() {}
+
     // Writes the file; a failure leaves a line in the log.
-    void save() const;
+    void save();
 
   private:
     static bool onCreate(void* self);

@@ -1,5 +1,7 @@
 #include "UiApp.h"
 
+#include <cstdio>
+
 #include "CardJson.h"
 #include "Message.h"
 #include "Names.h"
@@ -55,13 +57,49 @@ const char* serviceOf(Source source)
     return source == Source::Retailer ? RetailerServiceAppId : ServiceAppId;
 }
 
+double secondsOf(int milliseconds)
+{
+    constexpr double millisecondsPerSecond = 1000;
+    return milliseconds / millisecondsPerSecond;
+}
+
 const char NoSuchSource[] = "ignored: it is neither for a merchant nor for the retailer";
 
 }  // namespace
 
-UiApp::UiApp(Confirmation::Mode mode, double delay)
-    : ScreenApp(UI_TAG, "card.json"), confirmation_(mode, delay)
+UiApp::UiApp(UiSettings settings)
+    : ScreenApp(UI_TAG, "card.json"),
+      settings_(std::move(settings)),
+      confirmation_(settings_.confirmation.mode, secondsOf(settings_.confirmation.delay))
 {
+}
+
+void UiApp::start()
+{
+    if (!settings_.face) {
+        return;
+    }
+    face_ = std::make_unique<Screen::Face>(
+        *settings_.face, settings_.confirmation,
+        Screen::Actions{[this](Source source, const std::string& merchant, const std::string& term) {
+                            return searchForFace(source, merchant, term);
+                        },
+                        [this](Confirmation::Mode mode) { confirmation_.change(mode); }});
+    std::printf("%s\n", nlohmann::json({{"screen", face_->address()}}).dump().c_str());
+    std::fflush(stdout);
+}
+
+void UiApp::end()
+{
+    face_.reset();
+    confirmation_.drop();
+}
+
+void UiApp::onSaved()
+{
+    if (face_) {
+        face_->show(card_.content());
+    }
 }
 
 nlohmann::json UiApp::content() const
@@ -102,19 +140,26 @@ std::string UiApp::search(app_control_h message)
         answerTool(message, APP_CONTROL_RESULT_FAILED);
         return NoSuchSource;
     }
-    confirmation_.drop();
-    startSearch(*source, extras);
-    save();  // before the tool hears of this card, so that it finds it
+    startSearch(*source, extras.text(KeyMerchant), extras.text(KeySearchTerm));
     return answerSent(message, askForSearch());
 }
 
-void UiApp::startSearch(Source source, const Extras& extras)
+std::string UiApp::searchForFace(Source source, const std::string& merchant, const std::string& term)
 {
+    startSearch(source, merchant, term);
+    const int code = askForSearch();
+    return code == APP_CONTROL_ERROR_NONE ? "" : reasonOf(code);
+}
+
+void UiApp::startSearch(Source source, const std::string& merchant, const std::string& term)
+{
+    confirmation_.drop();
     if (source == Source::Retailer) {
-        card_.startRetailerSearch(extras.text(KeySearchTerm));
+        card_.startRetailerSearch(term);
     } else {
-        card_.startSearch(extras.text(KeyMerchant), extras.text(KeySearchTerm));
+        card_.startSearch(merchant, term);
     }
+    save();  // before a tool hears of this card, so that it finds it
 }
 
 int UiApp::askForSearch()

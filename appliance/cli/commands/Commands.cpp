@@ -36,6 +36,7 @@ void buildCommandLine(CLI::App& app, Action& chosen)
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
     addUpCommand(app, chosen);
+    addScreenCommand(app, chosen);
     addRunCommand(app, chosen);
     addSearchCommand(app, chosen);
     addResultCommand(app, chosen);

@@ -17,6 +17,7 @@ namespace Tool {
 using Action = std::function<Exit()>;
 
 void addUpCommand(CLI::App& app, Action& chosen);
+void addScreenCommand(CLI::App& app, Action& chosen);
 void addRunCommand(CLI::App& app, Action& chosen);
 void addSearchCommand(CLI::App& app, Action& chosen);
 void addResultCommand(CLI::App& app, Action& chosen);

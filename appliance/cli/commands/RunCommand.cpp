@@ -209,7 +209,7 @@ Exit run(const RunArguments& arguments)
 {
     RunFolder folder(buildFolder() / "run");
     EventLoop loop;
-    Rig rig(loop, folder.takeLock(), {folder.root(), {}});
+    Rig rig(loop, folder.takeLock(), {folder.root(), {}, std::nullopt});
     const auto stop = [&rig] {
         const std::vector<std::string> troubles = rig.stop();
         for (const std::string& trouble : troubles) {

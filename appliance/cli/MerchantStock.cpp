@@ -1,0 +1,25 @@
+#include "MerchantStock.h"
+
+#include <stdexcept>
+
+#include "JsonFile.h"
+#include "Root.h"
+
+namespace Tool {
+
+std::vector<std::string> merchantIds()
+{
+    const std::filesystem::path file = buildFolder() / "share" / "merchant-bridge" / "catalogue.json";
+    const auto catalogue = Appliance::readJsonFile(file);
+    std::vector<std::string> ids;
+    try {
+        for (const nlohmann::json& merchant : catalogue.value_or(nlohmann::json()).at("merchants")) {
+            ids.push_back(merchant.at("id").get<std::string>());
+        }
+    } catch (const nlohmann::json::exception&) {
+        throw std::runtime_error("there is no catalogue in " + file.string());
+    }
+    return ids;
+}
+
+}  // namespace Tool
