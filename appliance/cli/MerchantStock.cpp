@@ -10,10 +10,10 @@ namespace Tool {
 std::vector<std::string> merchantIds()
 {
     const std::filesystem::path file = buildFolder() / "share" / "merchant-bridge" / "catalogue.json";
-    const auto catalogue = Appliance::readJsonFile(file);
+    const nlohmann::json catalogue = Appliance::readJsonFile(file).value_or(nlohmann::json());
     std::vector<std::string> ids;
     try {
-        for (const nlohmann::json& merchant : catalogue.value_or(nlohmann::json()).at("merchants")) {
+        for (const nlohmann::json& merchant : catalogue.at("merchants")) {
             ids.push_back(merchant.at("id").get<std::string>());
         }
     } catch (const nlohmann::json::exception&) {

@@ -3,16 +3,13 @@
 #include <nlohmann/json.hpp>
 
 #include <atomic>
-#include <condition_variable>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
-#include <stdexcept>
 #include <thread>
 
+#include "EventListener.h"
 #include "EventStream.h"
 #include "HttpClient.h"
-#include "Patience.h"
 #include "PictureFolder.h"
 #include "ScratchRoot.h"
 #include "Server.h"
@@ -20,6 +17,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using ApplianceTest::EventListener;
 using ApplianceTest::HttpClient;
 using ApplianceTest::Reply;
 using nlohmann::json;
@@ -27,49 +25,6 @@ using Screen::Command;
 using Screen::Server;
 using Screen::Timeline;
 using TestSupport::ScratchRoot;
-
-// One that reads /events on a thread of its own until it has seen a part, or is to leave.
-class Listener {
-  public:
-    Listener(HttpClient client, std::string until)
-        : thread_([this, client = std::move(client), until = std::move(until)]() mutable {
-              client.onData = [this, &until](const std::string& body) {
-                  note(body);
-                  if (body.find(until) != std::string::npos) {
-                      throw std::runtime_error("seen");
-                  }
-              };
-              const Reply reply = client.get("/events");
-              note(reply.body);
-              status_ = reply.status;
-          })
-    {
-    }
-    ~Listener() { thread_.join(); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    bool waitFor(const std::string& part)
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, TestSupport::Patience,
-                                 [&] { return body_.find(part) != std::string::npos; });
-    }
-
-  private:
-    void note(const std::string& body)
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        body_ = body;
-        changed_.notify_all();
-    }
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::string body_;
-    std::atomic<long> status_{0};
-    std::thread thread_;
-};
 
 class TheScreensServer : public testing::Test {
   protected:
@@ -246,14 +201,14 @@ TEST_F(TheScreensServer, ServesNothingElse)
 TEST_F(TheScreensServer, BeginsAStreamWithTheWhole)
 {
     timeline_.put("flag", 1);
-    Listener listener(client(), "\n\n");
+    EventListener listener(client(), "\n\n");
     ASSERT_TRUE(listener.waitFor("event: timeline\ndata: {\"run\":"));
     EXPECT_TRUE(listener.waitFor(R"("name":"flag")"));
 }
 
 TEST_F(TheScreensServer, StreamsWhatHappensAndBeatsInBetween)
 {
-    Listener listener(client(), "event: beat\ndata: {}\n\n");
+    EventListener listener(client(), "event: beat\ndata: {}\n\n");
     ASSERT_TRUE(listener.waitFor("event: timeline"));
     timeline_.put("flag", 2);
     timeline_.put("log", {{"line", "two\nlines"}});
@@ -295,9 +250,9 @@ TEST(AnEventStream, BeginsAnewForAPageThatCannotFollow)
 
 TEST_F(TheScreensServer, ServesABoundedNumberOfStreamsAndThePageBesides)
 {
-    std::vector<std::unique_ptr<Listener>> listeners;
+    std::vector<std::unique_ptr<EventListener>> listeners;
     for (std::size_t i = 0; i < Server::StreamsServed; ++i) {
-        listeners.push_back(std::make_unique<Listener>(client(), "never"));
+        listeners.push_back(std::make_unique<EventListener>(client()));
         ASSERT_TRUE(listeners.back()->waitFor("event: timeline"));
     }
     EXPECT_EQ(client().get("/events").status, 503);
@@ -308,7 +263,7 @@ TEST_F(TheScreensServer, ServesABoundedNumberOfStreamsAndThePageBesides)
 TEST_F(TheScreensServer, FreesTheStreamOfAPageThatLeft)
 {
     for (std::size_t i = 0; i < 3 * Server::StreamsServed; ++i) {
-        Listener listener(client(), "event: timeline");
+        EventListener listener(client(), "event: timeline");
         ASSERT_TRUE(listener.waitFor("event: timeline")) << i;
         timeline_.put("flag", i);
     }
@@ -325,7 +280,7 @@ TEST_F(TheScreensServer, EndsAmongItsClients)
             }
         });
     }
-    Listener listener(client(), "never");
+    EventListener listener(client());
     EXPECT_TRUE(listener.waitFor("event: timeline"));
     server_.reset();
     isOver = true;
