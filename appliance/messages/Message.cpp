@@ -1,7 +1,9 @@
 #include "Message.h"
 
 #include <cstdlib>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 namespace Appliance {
@@ -109,10 +111,40 @@ int fill(app_control_h handle, const Request& request)
     return code == APP_CONTROL_ERROR_NONE ? addExtras(handle, request.extras) : code;
 }
 
-void onReplyArrived(app_control_h, app_control_h answer, app_control_result_e result, void* handlerPointer)
+// The handlers of requests that wait for their replies: the platform keeps no more than a pointer, and drops
+// it with the app.
+class WaitingHandlers {
+  public:
+    ReplyHandler* add(ReplyHandler handler)
+    {
+        auto owned = std::make_unique<ReplyHandler>(std::move(handler));
+        ReplyHandler* added = owned.get();
+        const std::lock_guard<std::mutex> lock(mutex_);
+        handlers_.emplace(added, std::move(owned));
+        return added;
+    }
+
+    std::unique_ptr<ReplyHandler> take(ReplyHandler* handler)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return std::move(handlers_.extract(handler).mapped());
+    }
+
+  private:
+    std::mutex mutex_;
+    std::map<ReplyHandler*, std::unique_ptr<ReplyHandler>> handlers_;
+};
+
+WaitingHandlers& waitingHandlers()
 {
-    const std::unique_ptr<ReplyHandler> handler(static_cast<ReplyHandler*>(handlerPointer));
-    (*handler)(result, extrasOf(answer));
+    static WaitingHandlers handlers;
+    return handlers;
+}
+
+void onReplyArrived(app_control_h, app_control_h answer, app_control_result_e result, void* handler)
+{
+    const auto owned = waitingHandlers().take(static_cast<ReplyHandler*>(handler));
+    (*owned)(result, extrasOf(answer));
 }
 
 int launch(app_control_h handle, ReplyHandler onReply)
@@ -120,10 +152,10 @@ int launch(app_control_h handle, ReplyHandler onReply)
     if (!onReply) {
         return app_control_send_launch_request(handle, nullptr, nullptr);
     }
-    auto handler = std::make_unique<ReplyHandler>(std::move(onReply));
-    const int code = app_control_send_launch_request(handle, onReplyArrived, handler.get());
-    if (code == APP_CONTROL_ERROR_NONE) {
-        (void)handler.release();
+    ReplyHandler* handler = waitingHandlers().add(std::move(onReply));
+    const int code = app_control_send_launch_request(handle, onReplyArrived, handler);
+    if (code != APP_CONTROL_ERROR_NONE) {
+        waitingHandlers().take(handler);
     }
     return code;
 }

@@ -5,6 +5,8 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "ChildProcess.h"
@@ -230,6 +232,57 @@ TEST_F(ARunningAppliance, EndsAtOnceWhereItsInputCannotStayOpen)
     EXPECT_TRUE(has(shell.output(), "The appliance is up"));
 }
 
+// The appliance with its screen, in a root of the test's own.
+class AnApplianceWithItsScreen : public testing::Test {
+  protected:
+    void show(const Words& options = {})
+    {
+        root_ = ScratchRoot::file("screen");
+        Words command = {APPLIANCE_TOOL, "screen", "--root", root_};
+        command.insert(command.end(), options.begin(), options.end());
+        tool_ = std::make_unique<ChildProcess>(command);
+        ASSERT_TRUE(tool_->waitForOutput("Ctrl-C ends it.")) << tool_->errors();
+    }
+
+    // http://127.0.0.1:PORT/
+    std::string address() const
+    {
+        const std::string output = tool_->output();
+        const std::size_t start = output.find("http://127.0.0.1:");
+        return start == std::string::npos ? ""
+                                          : output.substr(start, output.find_first_of(" \n", start) - start);
+    }
+
+    std::string root_;
+    std::unique_ptr<ChildProcess> tool_;
+};
+
+TEST_F(AnApplianceWithItsScreen, SaysWhereThatIsAndLeavesNothingRunning)
+{
+    show();
+    EXPECT_EQ(count(tool_->output(), address()), 2U) << tool_->output();
+    std::ifstream in(root_ + "/session.json");
+    const std::map<std::string, pid_t> processes = nlohmann::json::parse(in)["processes"];
+    EXPECT_EQ(processes.size(), 8U);
+    tool_->signal(SIGINT);
+    EXPECT_EQ(tool_->wait().status, 0) << tool_->errors();
+    EXPECT_EQ(tool_->errors(), "");
+    for (const auto& [name, pid] : processes) {
+        EXPECT_TRUE(endsInTime(pid)) << name;
+    }
+}
+
+TEST_F(AnApplianceWithItsScreen, SaysWhereItsPortIsTaken)
+{
+    show();
+    const std::string port =
+        std::to_string(std::stoi(address().substr(std::string("http://127.0.0.1:").size())));
+    const Ended second = tool({"screen", "--root", ScratchRoot::file("second"), "--port", port});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_TRUE(has(second.errors, "cannot listen on 127.0.0.1 port " + port)) << second.errors;
+    EXPECT_EQ(tool({"screen", "--port", "65536"}).status, 2);
+}
+
 TEST_F(ARunningAppliance, EndsWellWhenItsTerminalGoesAway)
 {
     up();
@@ -269,7 +322,7 @@ TEST(TheTool, SaysHowItIsUsed)
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(has(help.output, "Exit status:"));
     for (const char* command :
-         {"up", "run", "search", "result", "say", "status", "log", "send", "env", "completion"}) {
+         {"up", "screen", "run", "search", "result", "say", "status", "log", "send", "env", "completion"}) {
         EXPECT_TRUE(has(help.output, std::string("\n  ") + command + " ")) << command;
         const Ended own = tool({command, "--help"});
         EXPECT_EQ(own.status, 0);
