@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "BusReader.h"
+#include "BusStart.h"
 #include "FdWatch.h"
 #include "Received.h"
 #include "VoiceOnBus.h"
@@ -179,9 +180,12 @@ const char* nameOf(BusMessage::Kind kind)
 
 BusMonitor::BusMonitor(const std::string& address, MessageHandler onMessage, AppsHandler onApp,
                        std::function<void()> onLost)
-    : onMessage_(std::move(onMessage)), onApp_(std::move(onApp)), onLost_(std::move(onLost))
+    : onMessage_(std::move(onMessage)),
+      onApp_(std::move(onApp)),
+      onLost_(std::move(onLost)),
+      bus_(startBus(address, BusRole::Monitor)),
+      processes_(address)
 {
-    open(address);
     learnNames();
     watchAll();
     for (const auto& owner : owners_) {
@@ -192,18 +196,6 @@ BusMonitor::BusMonitor(const std::string& address, MessageHandler onMessage, App
 }
 
 BusMonitor::~BusMonitor() = default;
-
-void BusMonitor::open(const std::string& address)
-{
-    const std::string what = "cannot reach the bus at " + address;
-    sd_bus* bus = nullptr;
-    required(sd_bus_new(&bus), what);
-    bus_.reset(bus);
-    required(sd_bus_set_address(bus, address.c_str()), what);
-    required(sd_bus_set_bus_client(bus, 1), what);
-    required(sd_bus_set_monitor(bus, 1), what);
-    required(sd_bus_start(bus), what);
-}
 
 // The changes are asked for before the names, and wait in the connection until the main loop runs: whatever
 // changes meanwhile is told once more, and nothing is missed.
@@ -464,18 +456,38 @@ void BusMonitor::disown(const std::string& name, const std::string& owner)
 // Nothing is sent to it any more.
 void BusMonitor::forgetConnection(const std::string& connection)
 {
+    processes_.forget(connection);
     const auto isIts = [&connection](const auto& key) { return key.first == connection; };
     calls_.removeRange({connection, 0}, isIts);
     launches_.removeRange({connection, 0}, isIts);
 }
 
-std::string BusMonitor::appOf(const std::string& name, const std::string& claimed) const
+std::string BusMonitor::appOf(const std::string& name, const std::string& claimed)
 {
     const auto names = names_.find(name);
-    if (names == names_.end()) {
-        return claimed.empty() ? name : claimed;
+    if (names != names_.end()) {
+        return names->second.count(claimed) > 0 ? claimed : *names->second.begin();
     }
-    return names->second.count(claimed) > 0 ? claimed : *names->second.begin();
+    if (!claimed.empty()) {
+        return claimed;
+    }
+    const std::string app = name.rfind(':', 0) == 0 ? appOfProcess(processes_.processOf(name)) : "";
+    return app.empty() ? name : app;
+}
+
+// Empty where the process is none's, or that of several.
+std::string BusMonitor::appOfProcess(std::optional<std::uint32_t> process)
+{
+    std::string app;
+    for (const auto& [name, connection] : owners_) {
+        if (process && processes_.processOf(connection) == process) {
+            if (!app.empty()) {
+                return {};
+            }
+            app = name;
+        }
+    }
+    return app;
 }
 
 std::string BusMonitor::connectionOf(const std::string& name) const

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "BusPoll.h"
+#include "BusProcesses.h"
 #include "Message.h"
 #include "Recent.h"
 
@@ -34,7 +35,8 @@ struct BusMessage {
     std::int64_t at = 0;       // milliseconds since 1970
     Kind kind = Kind::Launch;
     // App ids: the name that the connection owns; of one that owns none what it claims to be (`caller`), else
-    // its unique bus name. What the bus itself refuses comes from org.freedesktop.DBus.
+    // the one app that lives in its process, else its unique bus name. What the bus itself refuses comes from
+    // org.freedesktop.DBus.
     std::string from;
     std::string to;
     std::string operation;      // of a launch; the method of a voice call; else that of what is answered
@@ -98,7 +100,6 @@ class BusMonitor {
     using CallKey = std::pair<std::string, std::uint64_t>;    // connection, its message's cookie
     using LaunchKey = std::pair<std::string, std::uint32_t>;  // connection, request id
 
-    void open(const std::string& address);
     void learnNames();
     void watchAll();
 
@@ -124,13 +125,15 @@ class BusMonitor {
     void disown(const std::string& name, const std::string& owner);
     void forgetConnection(const std::string& connection);
     // Both give back a name for which they know nothing else.
-    std::string appOf(const std::string& name, const std::string& claimed = "") const;
+    std::string appOf(const std::string& name, const std::string& claimed = "");
     std::string connectionOf(const std::string& name) const;
+    std::string appOfProcess(std::optional<std::uint32_t> process);
 
     MessageHandler onMessage_;
     AppsHandler onApp_;
     std::function<void()> onLost_;
     std::unique_ptr<sd_bus, Closer> bus_;
+    BusProcesses processes_;
     std::uint64_t lastNumber_ = 0;
     std::map<std::string, std::string> owners_;           // well-known name, connection
     std::map<std::string, std::set<std::string>> names_;  // the other way round

@@ -128,6 +128,7 @@ void Rig::prepareFolders()
     for (const auto& left : {root.cardFile(), root.partnerFile(), root.assistantFile()}) {
         std::filesystem::remove(left);  // by apps that are gone: nobody must take it for the new ones'
     }
+    std::filesystem::remove(root.untrustedFile());
     writeText(tokensFile(root), randomHex(TokenLength) + "," + randomHex(TokenLength) + "\n", 0600);
     session_.environment = {{"APPLIANCE_ROOT", root.path.string()},
                             {"APPLIANCE_DLOG", root.platformLog().string()},
@@ -157,7 +158,8 @@ void Rig::startBridge()
     const Root& root = options_.root;
     const std::string place = startShop(
         "merchant-bridge", {"--host", CARVOY_MERCHANT_BRIDGE_HOST, "--ca-file", caFile(root).string(),
-                            "--tokens-file", tokensFile(root).string(), "--log", bridgeLog().string()});
+                            "--tokens-file", tokensFile(root).string(), "--log", bridgeLog().string(),
+                            "--untrusted-while", root.untrustedFile().string()});
     session_.environment["APPLIANCE_CONNECT_TO"] = std::string(CARVOY_MERCHANT_BRIDGE_HOST) + ":443:" + place;
     onReady_("merchant-bridge", place);
 }

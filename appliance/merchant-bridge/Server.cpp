@@ -2,6 +2,7 @@
 #include "Server.h"
 
 #include "Catalogue.h"
+#include "Distrust.h"
 #include "PictureRoute.h"
 #include "Pictures.h"
 #include "RequestLog.h"
@@ -14,6 +15,7 @@
 
 #include <httplib.h>
 
+#include <optional>
 #include <thread>
 
 namespace Appliance::MerchantBridge {
@@ -46,6 +48,7 @@ class Server::Parts {
     ThrowawayCertificates authority;
     Certificate certificate;
     HttpsServer server;
+    std::optional<Distrust> distrust;
     StandIn::TlsConnections connections;
     SearchRoute searchRoute;
     StandIn::PictureRoute pictureRoute;
@@ -63,6 +66,8 @@ Server::Parts::Parts(const Settings& settings)
       pictureRoute(pictures, connections)
 {
     checkPictures(catalogue, pictures);
+    if (!settings.untrustedWhile.empty())
+        distrust.emplace(server.ssl_context(), settings.host, settings.untrustedWhile);
     authority.writeAuthority(settings.caFile);
     StandIn::setUp(server, requestLog);
     server.set_pre_routing_handler([this](const auto& request, auto& response) {

@@ -15,7 +15,8 @@ struct Settings {
     std::filesystem::path tokensFile;   // read once
     std::filesystem::path catalogueFile;
     std::filesystem::path picturesFolder;
-    std::filesystem::path logFile;  // empty: no log
+    std::filesystem::path logFile;         // empty: no log
+    std::filesystem::path untrustedWhile;  // while it is there, nobody can trust the server; empty: never
 };
 
 // Accepts connections from its construction to its destruction, on threads of its own, which end with it.

@@ -32,6 +32,8 @@ void addOptions(CLI::App& app, Settings& settings)
     app.add_option("--pictures", settings.picturesFolder, "Folder of the products' pictures")
         ->capture_default_str();
     app.add_option("--log", settings.logFile, "Append a line for each request; never a token");
+    app.add_option("--untrusted-while", settings.untrustedWhile,
+                   "While this file is there, present a certificate that nobody trusts");
 }
 
 void announce(const Settings& settings, int port)

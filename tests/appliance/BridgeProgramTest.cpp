@@ -138,7 +138,7 @@ TEST_F(TheBridgeProgram, ExplainsItself)
     expectExit(program, 0);
     const std::string help = program.output();
     for (const char* text : {"--port", "--address", "--host", "--ca-file", "--tokens-file", "--catalogue",
-                             "--pictures", "--log", "Exit status", "~image-404"})
+                             "--pictures", "--log", "--untrusted-while", "Exit status", "~image-404"})
         EXPECT_NE(help.find(text), std::string::npos) << text;
 }
 

@@ -73,7 +73,14 @@ class ABusMonitor : public testing::Test {
                             const char* method, const Arguments&... arguments)
     {
         const auto connection = sdbus::createSessionBusConnection();
-        const auto proxy = sdbus::createProxy(*connection, to, path);
+        return callOver(*connection, to, path, interface, method, arguments...);
+    }
+
+    template <typename... Arguments>
+    static std::string callOver(sdbus::IConnection& connection, const std::string& to, const char* path,
+                                const char* interface, const char* method, const Arguments&... arguments)
+    {
+        const auto proxy = sdbus::createProxy(connection, to, path);
         try {
             proxy->callMethod(method).onInterface(interface).withArguments(arguments...);
         } catch (const sdbus::Error& error) {
@@ -257,6 +264,24 @@ TEST_F(ABusMonitor, ShowsARefusedReply)
     EXPECT_EQ(messages_[0].to, ":7.7");
     EXPECT_EQ(messages_[1].answers, 1U);
     EXPECT_EQ(messages_[1].to, Receiver);
+}
+
+TEST_F(ABusMonitor, KnowsTheAppOfAnotherConnectionOfItsProcess)
+{
+    const RawPeer app(Sender);
+    watch();
+    const auto second = sdbus::createSessionBusConnection();
+    const auto speak = [&second] {
+        callOver(*second, "org.example.nobody", VoicePath, VoiceInterface, "Error", std::int32_t{1});
+    };
+    speak();
+    ASSERT_TRUE(waitUntil([this] { return messages_.size() == 2; }));
+    EXPECT_EQ(messages_[0].from, Sender);
+    EXPECT_EQ(messages_[1].to, Sender);
+    const RawPeer another("org.example.another");
+    speak();
+    ASSERT_TRUE(waitForMessages(4));
+    EXPECT_EQ(messages_[2].from, second->getUniqueName()) << "which of the two cannot be told";
 }
 
 TEST_F(ABusMonitor, ShowsVoiceCallsWithTheirArguments)

@@ -29,6 +29,10 @@ class HttpClient {
     Reply get(const std::string& target) const;
     Reply post(const std::string& target, const std::string& body) const;
 
+    // With a handle of the caller's, which remembers the host from request to request; what is set in it is
+    // kept.
+    Reply getWith(CURL* handle, const std::string& target) const { return perform(handle, target); }
+
     static std::string escape(const std::string& text);
 
   protected:

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <thread>
 
 #include "EventListener.h"
@@ -37,11 +38,27 @@ class TheScreensServer : public testing::Test {
         std::ofstream(page_ / "index.html") << "<!doctype html>";
         std::ofstream(ScratchRoot::file("secret")) << "secret";
         server_ = std::make_unique<Server>(Screen::ServerSettings{0, page_, pictures_}, timeline_,
-                                           [this](Command command) {
-                                               commands_.push_back(std::move(command));
-                                               return !isFull_;
-                                           });
+                                           [this](Command command) { return take(std::move(command)); });
         port_ = std::to_string(server_->port());
+    }
+
+    bool take(Command command)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        commands_.push_back(std::move(command));
+        return !isFull_;
+    }
+
+    void setFull()
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        isFull_ = true;
+    }
+
+    std::vector<Command> commands()
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return commands_;
     }
 
     HttpClient client(std::vector<std::string> headers = {}) const
@@ -73,7 +90,8 @@ class TheScreensServer : public testing::Test {
     const fs::path page_ = ScratchRoot::file("page");
     const fs::path pictures_ = ScratchRoot::file("pictures");
     Timeline timeline_{Screen::EventStream::Beat};
-    std::vector<Command> commands_;  // one at a time: the tests send no two at once
+    std::mutex mutex_;  // for both
+    std::vector<Command> commands_;
     bool isFull_ = false;
     std::unique_ptr<Server> server_;
     std::string port_;
@@ -104,7 +122,7 @@ TEST_F(TheScreensServer, RefusesOtherHosts)
         EXPECT_EQ(clientOf("Host: " + host).get("/events").status, 403) << host;
     }
     EXPECT_NE(clientOf("Host:").get("/").status, 200);
-    EXPECT_EQ(commands_.size(), 0U);
+    EXPECT_EQ(commands().size(), 0U);
 }
 
 TEST_F(TheScreensServer, RefusesPagesFromElsewhere)
@@ -117,7 +135,7 @@ TEST_F(TheScreensServer, RefusesPagesFromElsewhere)
         EXPECT_EQ(post("/api/say", R"({"sentence":"check out"})", {"Origin: " + origin}).status, 403)
             << origin;
     }
-    EXPECT_EQ(commands_.size(), 0U);
+    EXPECT_EQ(commands().size(), 0U);
     for (const std::string& origin : {"http://127.0.0.1:" + port_, "http://localhost:" + port_}) {
         EXPECT_EQ(client({"Origin: " + origin}).get("/").status, 200) << origin;
         EXPECT_EQ(post("/api/say", R"({"sentence":"check out"})", {"Origin: " + origin}).status, 202)
@@ -130,8 +148,8 @@ TEST_F(TheScreensServer, TakesCommands)
     const Reply reply = post("/api/say", R"({"sentence":"add to cart"})");
     EXPECT_EQ(reply.status, 202);
     EXPECT_EQ(reply.body, "");
-    ASSERT_EQ(commands_.size(), 1U);
-    EXPECT_EQ(std::get<Screen::SayCommand>(commands_[0]).sentence, "add to cart");
+    ASSERT_EQ(commands().size(), 1U);
+    EXPECT_EQ(std::get<Screen::SayCommand>(commands()[0]).sentence, "add to cart");
 }
 
 TEST_F(TheScreensServer, TakesCommandsAsJsonOnly)
@@ -141,7 +159,7 @@ TEST_F(TheScreensServer, TakesCommandsAsJsonOnly)
     EXPECT_EQ(client({"Content-Type: text/plain"}).post("/api/say", R"({"sentence":"a"})").status, 415);
     EXPECT_EQ(client({"Content-Type: application/jsonx"}).post("/api/say", R"({"sentence":"a"})").status,
               415);
-    EXPECT_EQ(commands_.size(), 0U);
+    EXPECT_EQ(commands().size(), 0U);
     EXPECT_EQ(client({"Content-Type: application/json; charset=utf-8"})
                   .post("/api/say", R"({"sentence":"a"})")
                   .status,
@@ -154,7 +172,7 @@ TEST_F(TheScreensServer, SaysWhatIsWrongWithACommand)
     EXPECT_EQ(reply.status, 400);
     EXPECT_EQ(errorIn(reply), "\"sentence\" is missing");
     EXPECT_EQ(post("/api/say", "").status, 400);
-    isFull_ = true;
+    setFull();
     EXPECT_EQ(post("/api/say", R"({"sentence":"a"})").status, 503);
 }
 
@@ -163,7 +181,7 @@ TEST_F(TheScreensServer, RefusesBodiesThatAreTooLong)
     const Reply reply = post("/api/say", std::string(Server::BodyBytes + 1, ' '));
     EXPECT_EQ(reply.status, 413);
     EXPECT_EQ(errorIn(reply), "the body is too long");
-    EXPECT_EQ(commands_.size(), 0U);
+    EXPECT_EQ(commands().size(), 0U);
 }
 
 TEST_F(TheScreensServer, KnowsOneMethodForEachPath)

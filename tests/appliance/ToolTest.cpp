@@ -136,6 +136,25 @@ TEST_F(ARunningAppliance, AnswersSearchesOfThisAndThat)
     down();
 }
 
+TEST_F(ARunningAppliance, HasAMerchantThatNobodyTrustsWhileAFileIsThere)
+{
+    const std::string file = ScratchRoot::file("up") + "/untrusted-certificate";
+    const auto distrust = [&file] { std::ofstream(file) << ""; };
+    const Words search = {"search", "--no-pictures", "milk"};
+    std::filesystem::create_directories(ScratchRoot::file("up"));
+    distrust();  // of an earlier run
+    up();
+    EXPECT_EQ(on(search).status, 0);
+    distrust();
+    const Ended refused = on(search);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(has(refused.output, "0 products")) << refused.output;
+    EXPECT_TRUE(has(refused.output, "curl perform failed")) << refused.output;
+    std::filesystem::remove(file);
+    EXPECT_EQ(on(search).status, 0);
+    down();
+}
+
 TEST_F(ARunningAppliance, RefusesASecondInTheSameRoot)
 {
     up();
