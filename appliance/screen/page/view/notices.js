@@ -19,7 +19,7 @@ function showConnection({ connection, mode }) {
     byId("stage").dataset.stale = String(isStale);
 }
 
-/** Returns tell(words), which shows why something was not done, or with "" takes that away. */
+/** Returns tell(words), which shows why something was not done, or with "" takes that away, and an old notice with it. */
 export function createTell() {
     const place = byId("told");
     byId("told-close").addEventListener("click", () => {
@@ -28,6 +28,9 @@ export function createTell() {
     });
     return (words) => {
         place.hidden = words === "";
+        if (words === "") {
+            byId("notice-close").click();
+        }
         // The same words again are told again.
         byId("told-words").textContent = "";
         byId("told-words").textContent = words;
