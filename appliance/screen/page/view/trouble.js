@@ -22,6 +22,7 @@ function updateSwitch(item, { label, words, for: reach, group, on }) {
 }
 
 function drawConfirmation({ confirm, delay }) {
+    byId("confirm").dataset.mode = confirm;
     for (const mode of Modes) {
         document.querySelector(`input[name=confirm][value=${mode}]`).checked = mode === confirm;
     }
