@@ -19,6 +19,12 @@ test("A state is replaced by the event of its name, and nothing else is touched"
     assert.equal(after.messages, before.messages);
 });
 
+test("What a base does not know yet counts as empty", () => {
+    const nothing = { apps: null, card: null, flag: null, images: null, messages: [], log: [] };
+    assert.deepEqual(complete(nothing), emptyState());
+    assert.equal(complete({ flag: 0 }).flag, 0);
+});
+
 test("Messages and lines are appended with their time, and the oldest go", () => {
     const events = [1, 2, 3, 4].flatMap((at) => [message(at, at * 10), log(at, `line ${at}`)]);
     const state = applyAll(emptyState(), events, kept);

@@ -7,7 +7,8 @@ import { after, before, test } from "node:test";
 
 import { Chromium, playwright } from "./needed.mjs";
 
-export const Limit = 60000;
+// In milliseconds; for a slow machine, or for somebody who writes a test.
+export const Limit = Number(process.env.CARVOY_BROWSER_LIMIT) || 60000;
 
 const Options = [
     "--disable-gpu",
@@ -97,8 +98,12 @@ export const card = {
         await page.locator(`#card-body[data-state=${state}]`).waitFor();
     },
 
-    async search(page, term, source = "merchant") {
-        await page.locator(`input[name=source][value=${source}]`).check();
+    /** At a merchant, or with "" at the retailer. */
+    async search(page, term, merchant = "freshmart") {
+        await page.getByRole("radio", { name: merchant ? "Merchant" : "Retailer" }).check();
+        if (merchant) {
+            await page.getByRole("combobox", { name: "Merchant" }).selectOption(merchant);
+        }
         await page.getByRole("searchbox", { name: "What to search for" }).fill(term);
         await page.getByRole("button", { name: "Search", exact: true }).click();
         // What is on the card may still be that of an earlier search.

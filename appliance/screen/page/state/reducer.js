@@ -36,9 +36,10 @@ export function emptyState() {
     };
 }
 
-/** What the server calls a state may lack members; the views may rely on all of them. */
+/** What the server does not know yet is null or not there; the views may rely on all lists and maps. */
 export function complete(state) {
-    return { ...emptyState(), ...state };
+    const known = Object.entries(state).filter(([, value]) => value !== null);
+    return { ...emptyState(), ...Object.fromEntries(known) };
 }
 
 function append(list, entry, limit) {

@@ -76,15 +76,18 @@ const message = {
     answers: number,
 };
 
+const images = listOf(object({ name: text, size: number, version: text }));
+const apps = mapOf(flag);
+
 const slices = {
     card: orNull(card),
     partner: orNull(partner),
     assistant: orNull(assistant),
     record: orNull(mapOf(orNull(number))),
     flag: orNull(number),
-    images: listOf(object({ name: text, size: number, version: text })),
+    images,
     settings: orNull(settings),
-    apps: mapOf(flag),
+    apps,
     notice: orNull(object({ text, level: text })),
 };
 
@@ -92,6 +95,9 @@ const entries = { message: object(message), log: object({ line: text }) };
 
 export const state = object({
     ...Object.fromEntries(Object.entries(slices).map(([name, shape]) => [name, optional(shape)])),
+    // Before the first event.
+    images: optional(orNull(images)),
+    apps: optional(orNull(apps)),
     messages: optional(listOf(object({ ...message, at: number }))),
     log: optional(listOf(object({ line: text, at: number }))),
 });

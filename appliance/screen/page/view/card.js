@@ -15,10 +15,11 @@ function stateOf(card) {
     return card?.state === "shown" ? card.outcome || "found" : (card?.state ?? "empty");
 }
 
-function makeTile({ product, index }, say) {
-    const isChoosable = product.variantRef !== undefined && index < Ordinals.length;
+// What the retailer has cannot be chosen: voice control only knows what a merchant has found.
+function makeTile({ index, isRetailers }, say) {
+    const isChoosable = !isRetailers && index < Ordinals.length;
     const sentence = `show me the ${Ordinals[index]} one`;
-    const name = el("span.name", { lang: product.variantRef === undefined ? "ko" : undefined });
+    const name = el("span.name", { lang: isRetailers ? "ko" : undefined });
     const choose = el("button.choose", { type: "button", onclick: () => say(sentence) }, hidden("Choose "), name);
     const badge = el("img.badge-icon", { alt: "Badge", hidden: true });
     return el(
@@ -75,7 +76,8 @@ function drawTiles(card, { say, addressOf }) {
         product,
         index,
         fate: fates[index],
-        key: `${card.sequence}/${index}/${product.variantRef ?? product.id}`,
+        isRetailers: card.source === "retailer",
+        key: `${card.sequence}/${index}/${card.source}`,
     }));
     keyed(
         byId("products"),
