@@ -21,6 +21,12 @@ test("Each app has its lane, and everything else shares one", () => {
     assert.equal(place("org.example.partnerpay", "org.tizen.carvoy").start, 0);
 });
 
+test("What was said comes from the assistant, whatever connection delivers it", () => {
+    const voice = (from) => layoutOf({ kind: "voice", from, to: "org.tizen.carvoy-service" }, lanes);
+    assert.deepEqual([voice(":1.3").start, voice(":1.3").end], [5, 2]);
+    assert.equal(voice("org.tizen.carvoy").start, 1);
+});
+
 test("An arrow goes from the middle of one lane to the middle of the other", () => {
     const right = place("org.tizen.carvoy", "org.tizen.carvoy-service");
     assert.equal(right.direction, "right");

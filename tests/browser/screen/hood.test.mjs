@@ -2,7 +2,7 @@
 import assert from "node:assert/strict";
 
 import { Appliance } from "../support/appliance.mjs";
-import { card, screen, until } from "../support/screen.mjs";
+import { card, screen, turn, until } from "../support/screen.mjs";
 
 const { test } = screen(() => new Appliance().start());
 
@@ -76,8 +76,10 @@ test("What is said is in the diagram as voice, with its arguments", async (page)
 });
 
 test("The log has the platform's colours, and is filtered by level and text", async (page) => {
-    await card.search(page, "milk ~status=503");
+    await turn(page, "503");
+    await card.search(page, "milk");
     await card.in(page, "failed");
+    await turn(page, "503", false);
     await page.getByRole("tab", { name: "Log" }).click();
     const lines = page.locator("#log > li");
     const error = page.locator("#log > [data-level=E]", { hasText: "curl perform failed: 503" }).last();

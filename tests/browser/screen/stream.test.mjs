@@ -17,7 +17,8 @@ async function tool(root, ...words) {
 
 test("A server that stops is noticed, nothing is sent to it, and what it does then is shown when it goes on", async (page, appliance) => {
     await card.search(page, "milk");
-    await card.in(page, "found");
+    // Until they are there the service waits for the UI app, and for nobody else.
+    await card.pictured(page, 6);
     const server = await appliance.processOf("carvoy-ui");
     process.kill(server, "SIGSTOP");
     try {

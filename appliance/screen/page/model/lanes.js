@@ -19,12 +19,18 @@ export function laneOf(lanes, app) {
     return Math.max(index, 0);
 }
 
+// Whoever delivers what was said plays the assistant, on a connection that has no app's name.
+function startOf(message, lanes) {
+    const start = laneOf(lanes, message.from);
+    return message.kind === "voice" && lanes[start].app === "" ? lanes.findIndex(({ id }) => id === "assistant") : start;
+}
+
 /**
  * `start` and `end` are the lanes' numbers, `left` and `width` the arrow's place in parts of the diagram's width;
  * `side` is the end at which a label has more room.
  */
 export function layoutOf(message, lanes) {
-    const start = laneOf(lanes, message.from);
+    const start = startOf(message, lanes);
     const end = laneOf(lanes, message.to);
     const left = (Math.min(start, end) + 0.5) / lanes.length;
     const width = Math.abs(end - start) / lanes.length;
