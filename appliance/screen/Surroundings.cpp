@@ -48,8 +48,7 @@ Surroundings::Surroundings(Timeline& timeline, const Places& places, LineHandler
     watch(flagWatch_, places_.flagFolder(), onStoreChange);
     watch(mediaWatch_, places_.media(), [this](const std::string&) { watchPictures(); });
     watchPictures();
-    readAppFile("partner.json");
-    readAppFile("assistant.json");
+    readAppFile("");
     readStores();
     followLog(places_.log);
     watchBus(places_.bus);
@@ -132,8 +131,9 @@ void Surroundings::watchBus(const std::string& address)
 void Surroundings::readAppFile(const std::string& name)
 {
     for (const char* app : {"partner", "assistant"}) {
-        if (name == std::string(app) + ".json") {
-            const auto content = Appliance::readJsonFile(places_.screenFolder() / name);
+        const std::string file = std::string(app) + ".json";
+        if (name == file || name.empty()) {  // without a name: it may be any
+            const auto content = Appliance::readJsonFile(places_.screenFolder() / file);
             timeline_.put(app, content ? withNewest(*content) : nlohmann::json());
         }
     }
