@@ -1,6 +1,8 @@
 // The pictures' files: each is fetched once and kept, for the page and for a recording. The appliance wipes its folder
 // at each search.
 
+import { isPictureData } from "../state/shapes.js";
+
 const MostBytes = 48 * 1024 * 1024;
 
 function dataUrlOf(blob) {
@@ -30,7 +32,7 @@ export class Pictures {
                 return [name, file && (await dataUrlOf(file.blob))];
             }),
         );
-        return Object.fromEntries(found.filter(([, data]) => data?.startsWith("data:image/")));
+        return Object.fromEntries(found.filter(([, data]) => isPictureData(data)));
     }
 
     #file(name) {

@@ -119,11 +119,15 @@ export function event(value, path) {
 
 export const kept = object({ messages: number, log: number });
 
+/** A picture in the recording itself. */
+export function isPictureData(data) {
+    return typeof data === "string" && /^data:image\/(png|jpeg|gif|webp|bmp);base64,/.test(data);
+}
+
 export function pictures(value, path) {
     if (!isObject(value)) {
         return `${path} is no object`;
     }
-    const isPicture = (data) => typeof data === "string" && /^data:image\/(png|jpeg|gif|webp|bmp);base64,/.test(data);
-    const wrong = Object.keys(value).find((name) => !isPicture(value[name]));
+    const wrong = Object.keys(value).find((name) => !isPictureData(value[name]));
     return wrong === undefined ? "" : `${path}.${wrong} is no picture`;
 }
