@@ -55,8 +55,8 @@ test("A row opens to all of its extra data, and leads to what it answers", async
     const number = await result.getAttribute("data-number");
     const reply = page.locator("#messages > [data-kind=reply].related");
     await reply.getByRole("button").click();
-    assert.equal(await details.count(), 0);
-    await reply.or(page.locator("#messages > [data-kind=reply]")).getByRole("button", { name: `message ${number}` }).click();
+    await details.waitFor({ state: "detached" });
+    await page.locator("#messages").getByRole("button", { name: `message ${number}`, exact: true }).click();
     await page.locator(`#messages > [data-number="${number}"] > button[aria-expanded=true]:focus`).waitFor();
 });
 

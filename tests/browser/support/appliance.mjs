@@ -53,7 +53,12 @@ export class Appliance {
         // The service builds the paths of pictures in 128 bytes: a short folder.
         this.root = await mkdtemp(path.join(tmpdir().length > 20 ? "/tmp" : tmpdir(), "cs-"));
         this.process = spawn(Program, ["screen", "--root", this.root, "--until-stdin-closes", ...options]);
-        this.address = await addressOf(this.process, this.#output);
+        try {
+            this.address = await addressOf(this.process, this.#output);
+        } catch (error) {
+            await this.end().catch(() => {});
+            throw error;
+        }
         return this;
     }
 

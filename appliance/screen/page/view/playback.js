@@ -81,6 +81,8 @@ export function createPlayback({ redraw, leave }) {
             player = view.player;
         }
         byId("playback").hidden = !player;
+        // What is saved is what goes on, not what is looked at.
+        byId("save").disabled = Boolean(player);
         if (player) {
             draw(player, timer !== 0);
         }
