@@ -6,18 +6,24 @@ import { card, confirm, screen, turn, until } from "../support/screen.mjs";
 
 const { test } = screen(() => new Appliance().start());
 
-// Notes from now on what the card shows first: its list, the confirmation in the diagram, and each picture.
+// Notes from now on what the next card shows first: its list, the confirmation in the diagram, and each picture.
 async function observe(page) {
     await page.evaluate(() => {
+        const { dataset } = document.getElementById("card-body");
+        const old = dataset.sequence;
+        const oldReplies = document.querySelectorAll("#messages > [data-kind=reply]").length;
         window.seen = [];
         const note = (what) => window.seen.includes(what) || window.seen.push(what);
         const look = () => {
+            if (dataset.sequence === old) {
+                return;
+            }
             const tiles = [...document.querySelectorAll("#products > .tile")];
             if (tiles.length > 0) {
                 note("list");
             }
             const replies = document.querySelectorAll("#messages > [data-kind=reply]").length;
-            if (replies > 0) {
+            if (replies > oldReplies) {
                 note("confirmation");
             }
             tiles.forEach((tile, index) => {
@@ -27,7 +33,7 @@ async function observe(page) {
                 }
             });
         };
-        const options = { subtree: true, childList: true, attributes: true, attributeFilter: ["data-picture"] };
+        const options = { subtree: true, childList: true, attributes: true, attributeFilter: ["data-picture", "data-sequence"] };
         new MutationObserver(look).observe(document.getElementById("stage"), options);
     });
 }
@@ -72,7 +78,6 @@ test("A refused list is shown, and gets no pictures", async (page) => {
 
 test("Slow pictures leave their places empty until they come", async (page) => {
     await turn(page, "slow-pictures");
-    await observe(page);
     await card.search(page, "milk");
     await until(page, () => document.querySelectorAll("#products .picture[data-picture=awaited]").length === 6);
     await until(page, () => document.querySelector("#products .picture[data-picture=shown]"));

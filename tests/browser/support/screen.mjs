@@ -98,15 +98,16 @@ export const card = {
         await page.locator(`#card-body[data-state=${state}]`).waitFor();
     },
 
-    /** At a merchant, or with "" at the retailer. */
+    /** At a merchant, or with "" at the retailer. The card is that of this search then, or of a later one. */
     async search(page, term, merchant = "freshmart") {
+        const before = await page.locator("#card-body").getAttribute("data-sequence");
         await page.getByRole("radio", { name: merchant ? "Merchant" : "Retailer" }).check();
         if (merchant) {
             await page.getByRole("combobox", { name: "Merchant" }).selectOption(merchant);
         }
         await page.getByRole("searchbox", { name: "What to search for" }).fill(term);
         await page.getByRole("button", { name: "Search", exact: true }).click();
-        // What is on the card may still be that of an earlier search.
+        await until(page, (old) => Number(document.getElementById("card-body").dataset.sequence) > Number(old), before);
         await page.locator("#card-term", { hasText: `“${term}”` }).waitFor();
     },
 

@@ -111,6 +111,7 @@ function drawFailure(card) {
 function draw(card, tools) {
     const state = stateOf(card);
     byId("card-body").dataset.state = state;
+    byId("card-body").dataset.sequence = card?.sequence ?? 0;
     for (const panel of document.querySelectorAll("[data-when]")) {
         panel.hidden = panel.dataset.when !== state;
     }
