@@ -135,3 +135,19 @@ export async function confirm(page, mode) {
     await page.locator(`input[name=confirm][value=${mode}]`).check();
     await page.locator(`#confirm[data-mode=${mode}]`).waitFor();
 }
+
+/** How many pixels the page is wider than its window. */
+export const overflow = (page) => page.evaluate(() => document.documentElement.scrollWidth - window.innerWidth);
+
+export async function openTabs(page, each) {
+    for (const name of ["Messages", "Log", "Records", "Pictures", /^Trouble/]) {
+        await page.getByRole("tab", { name }).click();
+        await each(String(name));
+    }
+    await page.getByRole("tab", { name: "Messages" }).click();
+}
+
+export async function openDetails(page) {
+    await page.locator("#messages > li:nth-child(2) > button").click();
+    await page.locator("#messages .details").waitFor();
+}
