@@ -119,6 +119,12 @@ test("A picture whose file is gone says so, and a later version is shown", async
     server.pictures.add("1.gif?v=there");
     server.step("card", cardOf({ sequence: 30, products: [product({ picture: "1.gif?v=there" })] }));
     await card.pictured(page, 1);
+    // What could not be had is tried again with the next card.
+    server.step("card", cardOf({ sequence: 31, products: [product({ picture: "2.gif?v=late" })] }));
+    await page.locator("#products .picture[data-picture=gone]").waitFor();
+    server.pictures.add("2.gif?v=late");
+    server.step("card", cardOf({ sequence: 31, products: [product({ picture: "2.gif?v=late" })] }));
+    await card.pictured(page, 1);
 });
 
 test("A notice of the server's is shown until it is closed or a command is taken", async (page, server) => {
@@ -131,6 +137,23 @@ test("A notice of the server's is shown until it is closed or a command is taken
     await notice.waitFor();
     await page.getByRole("button", { name: /^Check out/ }).click();
     await notice.waitFor({ state: "hidden" });
+});
+
+test("The search field begins with what was searched, and then is the person's", async (page, server) => {
+    server.step("settings", settings());
+    server.step("card", cardOf({ sequence: 40, term: "tea", merchant: "corner-store" }));
+    await page.locator("#card-term", { hasText: "tea" }).waitFor();
+    await page.reload();
+    await page.locator("#card-term", { hasText: "tea" }).waitFor();
+    const field = page.getByRole("searchbox", { name: "What to search for" });
+    assert.equal(await field.inputValue(), "tea");
+    assert.equal(await page.getByRole("combobox", { name: "Merchant" }).inputValue(), "corner-store");
+    await field.fill("coff");
+    server.step("card", cardOf({ sequence: 41, term: "cake", merchant: "unheard-of" }));
+    server.step("settings", settings({ confirm: "late" }));
+    await page.locator("#confirm[data-mode=late]").waitFor({ state: "attached" });
+    assert.equal(await field.inputValue(), "coff");
+    assert.equal(await page.getByRole("combobox", { name: "Merchant" }).inputValue(), "corner-store");
 });
 
 test("The theme follows the system until somebody chooses, and the choice outlives a reload", async (page) => {

@@ -32,8 +32,16 @@ async function post(path, body) {
 /** Each command resolves to true once it was taken; else `tell` has got the reason, in words. */
 export function createCommands(hindrance, tell) {
     async function command(path, body) {
-        const trouble = hindrance() || (await post(path, body));
-        tell(trouble);
+        // What was told before goes at once: what comes of this command may be on the stream before its answer.
+        const hindered = hindrance();
+        tell(hindered);
+        if (hindered) {
+            return false;
+        }
+        const trouble = await post(path, body);
+        if (trouble) {
+            tell(trouble);
+        }
         return trouble === "";
     }
     return {

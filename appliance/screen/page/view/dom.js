@@ -47,13 +47,14 @@ export function hidden(text) {
 
 /**
  * Makes the children of `parent` those of `items`, in order, and touches only what differs, so that focus, selection and
- * scroll stay. `make(item)` returns an element; `update(element, item)` is called for each.
+ * scroll stay. `make(item)` returns an element; `update(element, item)` is called for each. Of items with the same key
+ * the last one counts.
  */
 export function keyed(parent, items, keyOf, make, update = () => {}) {
     const known = parent.keyedChildren ?? new Map();
+    const wanted = new Map(items.map((item) => [keyOf(item), item]));
     const next = new Map();
-    for (const item of items) {
-        const key = keyOf(item);
+    for (const [key, item] of wanted) {
         next.set(key, known.get(key) ?? make(item));
     }
     for (const [key, element] of known) {
@@ -62,15 +63,13 @@ export function keyed(parent, items, keyOf, make, update = () => {}) {
         }
     }
     let at = parent.firstElementChild;
-    let index = 0;
-    for (const element of next.values()) {
+    for (const [key, element] of next) {
         if (element === at) {
             at = at.nextElementSibling;
         } else {
             parent.insertBefore(element, at);
         }
-        update(element, items[index]);
-        index += 1;
+        update(element, wanted.get(key));
     }
     parent.keyedChildren = next;
 }

@@ -33,7 +33,9 @@ const Words = { missing: "No picture" };
 export function showPicture(place, fate, name, addressOf) {
     const [backdrop, image, words] = place.children;
     setText(words, Words[fate] ?? "");
-    if (fate === "known" && place.dataset.name === name && place.dataset.picture !== "awaited") {
+    // What could not be had is asked for again when the card is drawn anew, as after a lost connection.
+    const isUnderWay = place.dataset.picture === "coming" || place.dataset.picture === "shown";
+    if (fate === "known" && place.dataset.name === name && isUnderWay) {
         return;
     }
     place.dataset.name = name;

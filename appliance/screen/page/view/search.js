@@ -28,6 +28,10 @@ function fillMerchants(merchants) {
     }
 }
 
+function hasMerchant(id) {
+    return [...byId("merchant").options].some((option) => option.value === id);
+}
+
 // The first card that arrives says what was searched before this page was opened; later the field is the person's.
 function begin(card) {
     if (!card || card.state === "empty") {
@@ -35,7 +39,7 @@ function begin(card) {
     }
     chooseSource(card.source);
     byId("term").value = card.term;
-    if (card.merchant) {
+    if (hasMerchant(card.merchant)) {
         byId("merchant").value = card.merchant;
     }
 }
@@ -55,7 +59,8 @@ export function createSearch(commands, tell) {
     });
     let hasBegun = false;
     const drawMerchants = when(
-        ({ state }) => [state.settings],
+        // Its options are left alone while somebody has it open and turns a switch elsewhere.
+        ({ state }) => [JSON.stringify(state.settings?.merchants)],
         ({ state }) => state.settings && fillMerchants(state.settings.merchants),
     );
     return (view) => {
