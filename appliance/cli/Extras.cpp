@@ -10,6 +10,14 @@ namespace Tool {
 
 namespace {
 
+const std::map<std::string, std::string>& namespaces()
+{
+    static const std::map<std::string, std::string> all = {{"platform", Appliance::PlatformOperations},
+                                                           {"service", Appliance::ServiceOperations},
+                                                           {"assistant", Appliance::AssistantOperations}};
+    return all;
+}
+
 std::pair<std::string, std::string> keyAndValue(const std::string& text)
 {
     const std::size_t at = text.find('=');
@@ -61,21 +69,27 @@ Appliance::Extras parseExtras(const std::vector<std::string>& texts, const std::
 
 std::string operationUri(const std::string& operation)
 {
-    static const std::map<std::string, const char*> namespaces = {
-        {"platform", Appliance::PlatformOperations},
-        {"service", Appliance::ServiceOperations},
-        {"assistant", Appliance::AssistantOperations}};
     if (operation.find("://") != std::string::npos) {
         return operation;
     }
     const std::size_t colon = operation.find(':');
-    const auto found = namespaces.find(operation.substr(0, colon));
-    if (colon == std::string::npos || colon + 1 == operation.size() || found == namespaces.end()) {
+    const auto found = namespaces().find(operation.substr(0, colon));
+    if (colon == std::string::npos || colon + 1 == operation.size() || found == namespaces().end()) {
         throw Failure(
             Exit::Usage,
             "\"" + operation + "\" is neither a URI nor service:NAME, platform:NAME or assistant:NAME");
     }
     return found->second + operation.substr(colon + 1);
+}
+
+std::string shortOperation(const std::string& uri)
+{
+    for (const auto& [name, prefix] : namespaces()) {
+        if (uri.size() > prefix.size() && uri.compare(0, prefix.size(), prefix) == 0) {
+            return name + ":" + uri.substr(prefix.size());
+        }
+    }
+    return uri;
 }
 
 }  // namespace Tool

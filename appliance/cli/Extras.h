@@ -17,4 +17,7 @@ Appliance::Extras parseExtras(const std::vector<std::string>& texts, const std::
 // Throws Failure (Usage) for anything else.
 std::string operationUri(const std::string& operation);
 
+// The other way round; what has no short form stays as it is.
+std::string shortOperation(const std::string& uri);
+
 }  // namespace Tool

@@ -47,6 +47,18 @@ Session enterSession(const std::string& rootOption)
     return *session;
 }
 
+std::optional<Session> enterSessionOrBus(const std::string& rootOption)
+{
+    std::optional<Session> session = findSession(chosenRoot(rootOption));
+    const bool hasBus = std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr;
+    if (session) {
+        session->enter();
+    } else if (!rootOption.empty() || !hasBus) {
+        session = enterSession(rootOption);
+    }
+    return session;
+}
+
 std::string shellWord(const std::string& text)
 {
     std::string word = "'";

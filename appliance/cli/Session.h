@@ -29,6 +29,10 @@ std::optional<Session> findSession(const Root& root);
 // The same, entered; throws Failure (NotRunning) when there is none.
 Session enterSession(const std::string& rootOption);
 
+// The same, entered, or nothing where there is none and the bus that the caller's environment names will do.
+// Throws Failure (NotRunning) when there is no such bus either, or the option names a root.
+std::optional<Session> enterSessionOrBus(const std::string& rootOption);
+
 // Text as one word for a POSIX shell.
 std::string shellWord(const std::string& text);
 

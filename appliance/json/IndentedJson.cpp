@@ -47,4 +47,9 @@ std::string indentedJson(const nlohmann::json& json)
     return withoutControls(json.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
+std::string jsonLine(const nlohmann::json& json)
+{
+    return withoutControls(json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
 }  // namespace Appliance

@@ -10,4 +10,7 @@ namespace Appliance {
 // but the line breaks between the values, so that a terminal may be shown it.
 std::string indentedJson(const nlohmann::json& json);
 
+// The same on one line, without a line break.
+std::string jsonLine(const nlohmann::json& json);
+
 }  // namespace Appliance

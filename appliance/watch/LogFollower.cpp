@@ -21,6 +21,12 @@ std::string readBlock(std::ifstream& in, std::uintmax_t from, std::uintmax_t to)
     return block;
 }
 
+std::string headAt(const std::string& block, std::size_t start)
+{
+    const std::size_t end = std::min(block.find('\n', start), block.size());
+    return block.substr(start, std::min(end - start, LineHeadBytes));
+}
+
 }  // namespace
 
 LogFollower::LogFollower(const std::filesystem::path& file, std::uintmax_t offset, LineHandler onLine)
@@ -74,7 +80,7 @@ std::uintmax_t endOf(const std::filesystem::path& file)
     return error ? 0 : size;
 }
 
-std::uintmax_t startOfLastLines(const std::filesystem::path& file, std::size_t lines)
+std::uintmax_t startOfLastLines(const std::filesystem::path& file, std::size_t lines, const LineJudge& counts)
 {
     constexpr std::uintmax_t blockSize = 65536;
     std::ifstream in(file, std::ios::binary);
@@ -85,10 +91,12 @@ std::uintmax_t startOfLastLines(const std::filesystem::path& file, std::size_t l
     }
     for (std::uintmax_t to = size; to > 0;) {
         const std::uintmax_t from = to - std::min(to, blockSize);
-        const std::string block = readBlock(in, from, to);
-        for (std::size_t i = block.size(); i-- > 0;) {
+        // What follows is read once more for the line that starts at the block's end.
+        const std::string block = readBlock(in, from, counts ? std::min(size, to + LineHeadBytes) : to);
+        for (std::size_t i = std::min<std::size_t>(block.size(), to - from); i-- > 0;) {
             const bool endsTheFile = from + i + 1 == size;
-            if (block[i] == '\n' && !endsTheFile && ++found == lines) {
+            if (block[i] == '\n' && !endsTheFile && (!counts || counts(headAt(block, i + 1))) &&
+                ++found == lines) {
                 return from + i + 1;
             }
         }

@@ -37,8 +37,15 @@ class LogFollower {
 // The file's size; 0 where there is none.
 std::uintmax_t endOf(const std::filesystem::path& file);
 
-// The offset at which the last `lines` lines of the file start.
-std::uintmax_t startOfLastLines(const std::filesystem::path& file, std::size_t lines);
+// Whether a line counts. It is given the line's first LineHeadBytes bytes, without its newline.
+using LineJudge = std::function<bool(const std::string& head)>;
+inline constexpr std::size_t LineHeadBytes = 4096;
+
+// The offset at which the last `lines` lines of the file start, or the last of those that count; 0 where
+// there are fewer. A line that has no newline yet is a line. Keeps no more in memory than a block of the
+// file.
+std::uintmax_t startOfLastLines(const std::filesystem::path& file, std::size_t lines,
+                                const LineJudge& counts = nullptr);
 
 // The last lines as text, each with its newline.
 std::string lastLines(const std::filesystem::path& file, std::size_t lines);

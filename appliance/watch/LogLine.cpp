@@ -11,6 +11,7 @@ namespace Appliance {
 namespace {
 
 constexpr std::string_view Priorities = "VDIWEF";
+constexpr std::string_view Arrow = ") > ";
 
 std::string_view withoutBlanksInFront(std::string_view text)
 {
@@ -46,11 +47,31 @@ std::optional<LogLine> parseLogLine(const std::string& line)
     return LogLine{line[0], std::string(tag), *pid, printable(withoutColours(message))};
 }
 
+std::optional<LogPlace> placeOf(const LogLine& line)
+{
+    const std::optional<int> thread = threadOf(line);
+    const std::size_t arrow = line.text.find(Arrow);
+    if (!thread || arrow == std::string::npos) {
+        return std::nullopt;
+    }
+    std::string_view place = std::string_view(line.text).substr(0, arrow);
+    place.remove_prefix(std::min(place.find("] ") + 2, place.size()));
+    const std::size_t colon = place.find(": ");
+    const std::size_t open = place.rfind('(');
+    const bool hasForm =
+        colon != std::string_view::npos && colon > 0 && open != std::string_view::npos && open > colon + 2;
+    const auto number = hasForm ? numberFrom<int>(place.substr(open + 1)) : std::nullopt;
+    if (!number) {
+        return std::nullopt;
+    }
+    return LogPlace{*thread, std::string(place.substr(0, colon)),
+                    std::string(place.substr(colon + 2, open - colon - 2)), *number};
+}
+
 std::string messageOf(const LogLine& line)
 {
-    static const std::string arrow = ") > ";
-    const std::size_t at = line.text.find(arrow);
-    return at == std::string::npos ? line.text : line.text.substr(at + arrow.size());
+    const std::size_t at = line.text.find(Arrow);
+    return at == std::string::npos ? line.text : line.text.substr(at + Arrow.size());
 }
 
 std::optional<int> threadOf(const LogLine& line)

@@ -17,6 +17,18 @@ struct LogLine {
 // Nothing for a line of another form.
 std::optional<LogLine> parseLogLine(const std::string& line);
 
+// Where in a service's source a line was logged.
+struct LogPlace {
+    int thread;  // the kernel's id
+    std::string file;
+    std::string function;  // "operator()" in a lambda
+    int line;
+};
+
+// What stands in front of a service's message: "[thread] file: function(line) > ". Nothing for a line of
+// another form.
+std::optional<LogPlace> placeOf(const LogLine& line);
+
 // The message itself, without the service's "[thread] file: function(line) > " in front of it.
 std::string messageOf(const LogLine& line);
 

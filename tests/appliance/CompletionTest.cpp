@@ -58,6 +58,9 @@ TEST(BashCompletion, OffersTheValuesOfAnOption)
 {
     EXPECT_EQ(offered("appliance up --confirm ''"), "now late fail never");
     EXPECT_EQ(offered("appliance up --confirm l"), "late");
+    EXPECT_EQ(offered("appliance log --level ''"), "verbose debug info warning error fatal");
+    EXPECT_EQ(offered("appliance log --only w"), "warning");
+    EXPECT_EQ(offered("appliance monitor --kind re"), "reply refusal");
     EXPECT_EQ(offered("appliance completion ''"), "-h --help bash zsh");
 }
 

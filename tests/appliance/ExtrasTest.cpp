@@ -64,6 +64,17 @@ TEST(AnOperation, IsWrittenShortOrWhole)
     EXPECT_EQ(operationUri("http://example.org/op"), "http://example.org/op");
 }
 
+TEST(AnOperation, IsShortAgainWhereItHasAShortForm)
+{
+    for (const char* operation : {"service:search", "platform:view", "assistant:close_app"}) {
+        EXPECT_EQ(Tool::shortOperation(operationUri(operation)), operation);
+    }
+    for (const char* uri :
+         {"", "http://example.org/op", "http://tizen.org/appcontrol/operation/", "search"}) {
+        EXPECT_EQ(Tool::shortOperation(uri), uri);
+    }
+}
+
 TEST(AnOperation, OfNoKnownNamespaceIsRefused)
 {
     for (const char* operation : {"", "search", "service:", ":search", "services:search", "Service:search"}) {

@@ -21,4 +21,13 @@ TEST(IndentedJson, ReplacesWhatIsNotUtf8)
     EXPECT_EQ(indentedJson("a\xFF\xC2"), "\"a\xEF\xBF\xBD\xEF\xBF\xBD\"");
 }
 
+TEST(AJsonLine, HasNoControlCharacterAndLosesNothing)
+{
+    const nlohmann::json json = {{"text", "a\n\x1B\x7F\u009B"}, {"list", {"牛乳", "b"}}};
+    const std::string line = Appliance::jsonLine(json);
+    EXPECT_EQ(line, R"({"list":["牛乳","b"],"text":"a\n\u001b\u007f\u009b"})");
+    EXPECT_EQ(nlohmann::json::parse(line), json);
+    EXPECT_EQ(Appliance::jsonLine("\xC3"), "\"\uFFFD\"");
+}
+
 }  // namespace

@@ -88,4 +88,40 @@ TEST_F(ALogFollower, FindsTheLastLinesOfAFileOfManyBlocks)
     EXPECT_EQ(last.substr(1000, 3), "400");
 }
 
+TEST_F(ALogFollower, StartsAtTheLastLinesThatCount)
+{
+    const auto isEven = [](const std::string& head) { return (head.back() - '0') % 2 == 0; };
+    write("1\n2\n3\n4\n5\n");
+    EXPECT_EQ(Appliance::startOfLastLines(file_, 1, isEven), 6U);
+    EXPECT_EQ(Appliance::startOfLastLines(file_, 2, isEven), 2U);
+    EXPECT_EQ(Appliance::startOfLastLines(file_, 3, isEven), 0U);
+    EXPECT_EQ(Appliance::startOfLastLines(file_, 0, isEven), 10U);
+    EXPECT_EQ(Appliance::startOfLastLines(file_.string() + ".missing", 2, isEven), 0U);
+}
+
+// The blocks end at any place of a line, also between two.
+TEST_F(ALogFollower, FindsTheLinesThatCountWhereverTheBlocksEnd)
+{
+    const std::size_t blockSize = 65536;
+    for (std::size_t behind = blockSize - 8; behind <= blockSize + 2; ++behind) {
+        std::filesystem::remove(file_);
+        write("other\nwanted\n" + std::string(behind - 1, 'x') + "\n");
+        const auto start =
+            Appliance::startOfLastLines(file_, 1, [](const std::string& head) { return head == "wanted"; });
+        EXPECT_EQ(start, 6U) << behind;
+    }
+}
+
+TEST_F(ALogFollower, JudgesALineByItsHead)
+{
+    const std::string longest(Appliance::LineHeadBytes, 'h');
+    write("first\n" + longest + std::string(200'000, 't') + "\nlast\n");
+    Lines heads;
+    Appliance::startOfLastLines(file_, 9, [&heads](const std::string& head) {
+        heads.push_back(head);
+        return false;
+    });
+    EXPECT_EQ(heads, (Lines{"last", longest}));
+}
+
 }  // namespace

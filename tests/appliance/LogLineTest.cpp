@@ -48,6 +48,42 @@ TEST(ALogLine, MayTellNoThread)
     }
 }
 
+TEST(ALogLine, TellsWhereItWasLogged)
+{
+    const auto place = Appliance::placeOf(*Appliance::parseLogLine(GivenUp));
+    ASSERT_TRUE(place);
+    EXPECT_EQ(place->thread, 4712);
+    EXPECT_EQ(place->file, "SearchControl.cpp");
+    EXPECT_EQ(place->function, "operator()");
+    EXPECT_EQ(place->line, 407);
+}
+
+TEST(ALogLine, TellsItsPlaceWhateverItsMessageSays)
+{
+    const auto line =
+        Appliance::parseLogLine("D/carvoy-service( 1): [2] main.cpp: _create(10) > [3] b.cpp: f(4) > x");
+    ASSERT_TRUE(line);
+    const auto place = Appliance::placeOf(*line);
+    ASSERT_TRUE(place);
+    EXPECT_EQ(place->file, "main.cpp");
+    EXPECT_EQ(place->function, "_create");
+    EXPECT_EQ(place->line, 10);
+    EXPECT_EQ(Appliance::messageOf(*line), "[3] b.cpp: f(4) > x");
+}
+
+TEST(ALogLine, MayTellNoPlace)
+{
+    for (const char* text :
+         {"", "card shown", "[2] card shown", "[2] a.cpp: f(3)", "[2] a.cpp: f(3) >", "[2] a.cpp f(3) > x",
+          "[2] : f(3) > x", "[2] a.cpp: (3) > x", "[2] a.cpp: f) > x", "[2] a.cpp: f() > x",
+          "[2] a.cpp: f(x) > x", "[2] a.cpp: f(-3) > x", "[x] a.cpp: f(3) > x", "a.cpp: f(3) > x",
+          "[2] (3) > a.cpp: f(3) > x", "[2] ) > a.cpp: f(3) > x", "] > [2] a.cpp: f(3) > x"}) {
+        const auto line = Appliance::parseLogLine(std::string("E/carvoy-service( 1): ") + text);
+        ASSERT_TRUE(line) << text;
+        EXPECT_FALSE(Appliance::placeOf(*line)) << text;
+    }
+}
+
 TEST(AGivenUpPicture, IsKnownByItsLine)
 {
     const auto picture = Tool::pictureGivenUp(*Appliance::parseLogLine(GivenUp));

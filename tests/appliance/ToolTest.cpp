@@ -340,8 +340,8 @@ TEST(TheTool, SaysHowItIsUsed)
     const Ended help = tool({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(has(help.output, "Exit status:"));
-    for (const char* command :
-         {"up", "screen", "run", "search", "result", "say", "status", "log", "send", "env", "completion"}) {
+    for (const char* command : {"up", "screen", "run", "search", "result", "say", "status", "log", "monitor",
+                                "send", "env", "completion"}) {
         EXPECT_TRUE(has(help.output, std::string("\n  ") + command + " ")) << command;
         const Ended own = tool({command, "--help"});
         EXPECT_EQ(own.status, 0);

@@ -130,15 +130,27 @@ ProcessEnd ChildProcess::wait(std::chrono::milliseconds limit)
 
 bool ChildProcess::waitForOutput(const std::string& text, std::chrono::milliseconds limit)
 {
+    return waitForText("/out", text, limit);
+}
+
+bool ChildProcess::waitForErrors(const std::string& text, std::chrono::milliseconds limit)
+{
+    return waitForText("/err", text, limit);
+}
+
+bool ChildProcess::waitForText(const char* stream, const std::string& text, std::chrono::milliseconds limit)
+{
+    const std::string file = folder_ + stream;
+    const auto isThere = [&] { return readFile(file).find(text) != std::string::npos; };
     const Clock::time_point deadline = Clock::now() + limit;
     const int notifier = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-    inotify_add_watch(notifier, (folder_ + "/out").c_str(), IN_MODIFY);
-    bool found = output().find(text) != std::string::npos;
+    inotify_add_watch(notifier, file.c_str(), IN_MODIFY);
+    bool found = isThere();
     pollfd watches[] = {{notifier, POLLIN, 0}, {handle_, POLLIN, 0}};
     while (!found && poll(watches, 2, remaining(deadline)) > 0) {
         char events[4096];
         const bool written = read(notifier, events, sizeof events) > 0;
-        found = output().find(text) != std::string::npos;
+        found = isThere();
         if (!written && watches[1].revents)
             break;
     }

@@ -41,12 +41,16 @@ class ChildProcess {
 
     /** Waits until standard output holds @p text; false when it ended or the time is over. */
     bool waitForOutput(const std::string& text, std::chrono::milliseconds limit = Patience);
+    /** The same for standard error. */
+    bool waitForErrors(const std::string& text, std::chrono::milliseconds limit = Patience);
 
     /** Everything written so far. */
     std::string output() const;
     std::string errors() const;
 
   private:
+    bool waitForText(const char* stream, const std::string& text, std::chrono::milliseconds limit);
+
     std::string folder_;
     pid_t pid_ = -1;
     int handle_ = -1;

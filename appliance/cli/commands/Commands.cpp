@@ -15,6 +15,7 @@ const char Footer[] = R"(Examples:
   appliance search --retailer 우유
   appliance say "show me the second one"
   appliance log -f
+  appliance monitor                   the messages between the apps as they pass
 
 Exit status:
     0  done
@@ -43,6 +44,7 @@ void buildCommandLine(CLI::App& app, Action& chosen)
     addSayCommand(app, chosen);
     addStatusCommand(app, chosen);
     addLogCommand(app, chosen);
+    addMonitorCommand(app, chosen);
     addSendCommand(app, chosen);
     addEnvCommand(app, chosen);
     addCompletionCommand(app, chosen);

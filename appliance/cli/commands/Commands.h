@@ -24,6 +24,7 @@ void addResultCommand(CLI::App& app, Action& chosen);
 void addSayCommand(CLI::App& app, Action& chosen);
 void addStatusCommand(CLI::App& app, Action& chosen);
 void addLogCommand(CLI::App& app, Action& chosen);
+void addMonitorCommand(CLI::App& app, Action& chosen);
 void addSendCommand(CLI::App& app, Action& chosen);
 void addEnvCommand(CLI::App& app, Action& chosen);
 void addCompletionCommand(CLI::App& app, Action& chosen);

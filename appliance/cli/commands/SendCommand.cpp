@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 #include "Asking.h"
@@ -24,18 +23,6 @@ struct SendArguments {
     bool waitReply = false;
     std::chrono::milliseconds limit{30'000};
 };
-
-// A bus that the caller's environment names will do where no appliance runs in the root.
-void enterSessionOrBus(const std::string& rootOption)
-{
-    const std::optional<Session> session = findSession(chosenRoot(rootOption));
-    const bool hasBus = std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr;
-    if (session) {
-        session->enter();
-    } else if (!rootOption.empty() || !hasBus) {
-        enterSession(rootOption);
-    }
-}
 
 const char* resultName(app_control_result_e result)
 {

@@ -5,8 +5,8 @@
 
 #include "BusMonitor.h"
 
-namespace Screen {
+namespace Appliance {
 
-nlohmann::json toJson(const Appliance::BusMessage& message);
+nlohmann::json toJson(const BusMessage& message);
 
-}  // namespace Screen
+}  // namespace Appliance
