@@ -46,33 +46,24 @@ std::string Face::address() const
 
 void Face::show(const Ui::CardContent& card)
 {
-    if (card.sequence != card_.sequence) {
-        witness_.begin();
-    }
+    const bool isNew = card.sequence != card_.sequence || card.results != card_.results;
     card_ = card;
-    if (isWithoutProducts()) {
-        surroundings_.catchUp();
+    if (isNew) {
+        surroundings_.catchUp();  // what the service said of it stands in the log by now
+        verdict_ = witness_.verdictOn(card_, surroundings_.record());
     }
     putCard();
 }
 
-// Then it counts what the services said of it.
-bool Face::isWithoutProducts() const
-{
-    return card_.state == Ui::CardState::Shown && card_.products.empty();
-}
-
 void Face::putCard()
 {
-    timeline_.put("card",
-                  faceOf(card_, witness_.verdictOn(card_, surroundings_.record()), surroundings_.pictures()));
+    timeline_.put("card", faceOf(card_, verdict_, surroundings_.pictures()));
 }
 
 void Face::noteLine(const std::string& line)
 {
-    const auto parsed = Appliance::parseLogLine(line);
-    if (parsed && witness_.note(*parsed) && isWithoutProducts()) {
-        putCard();
+    if (const auto parsed = Appliance::parseLogLine(line)) {
+        witness_.note(*parsed);
     }
 }
 
@@ -87,7 +78,7 @@ void Face::obey(const SearchCommand& command)
     const std::string whyNot =
         actions_.search(command.source, command.merchant, command.term + switches_.words());
     if (!whyNot.empty()) {
-        witness_.noteNotSent(whyNot);
+        verdict_ = {Outcome::Failed, {whyNot}};
         putCard();
     }
 }

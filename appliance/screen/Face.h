@@ -53,7 +53,6 @@ class Face {
     void show(const Ui::CardContent& card);
 
   private:
-    bool isWithoutProducts() const;
     void putCard();
     void putSettings();
     void noteLine(const std::string& line);
@@ -71,6 +70,7 @@ class Face {
     Switches switches_;
     SearchWitness witness_;
     Ui::CardContent card_;  // as it was shown last
+    Verdict verdict_;       // on its search
     Timeline timeline_;
     Surroundings surroundings_;
     Inbox inbox_;

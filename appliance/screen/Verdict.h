@@ -1,6 +1,8 @@
 // What came of a search, which no message tells: the service says it in its log and in the status record.
 #pragma once
 
+#include <array>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,27 +20,34 @@ struct Verdict {
     std::vector<std::string> reasons;  // of a failure, in the services' own words, at most ReasonsKept
 };
 
-// Follows one search after the other. Used by one thread at a time.
+// Follows what the services log of their requests. Each of their processes takes one request after the other on
+// its main thread: what it says of errors while it searches belongs to the lists that it sends next.
+// Used by one thread at a time.
 class SearchWitness {
   public:
     static constexpr std::size_t ReasonsKept = 10;
+    static constexpr std::size_t ProcessesKept = 16;
 
-    // A search was asked for.
-    void begin();
+    // The next line of the platform log.
+    void note(const Appliance::LogLine& line);
 
-    // It did not reach its service.
-    void noteNotSent(const std::string& reason);
-
-    // A line of the platform log. What the services' main threads say of errors counts, since they search.
-    // Whether it did.
-    bool note(const Appliance::LogLine& line);
-
-    Verdict verdictOn(const Ui::CardContent& card,
-                      const std::optional<Appliance::StatusRecord>& record) const;
+    // On the lists that were shown last, once the lines from before they were sent are noted.
+    Verdict verdictOn(const Ui::CardContent& card, const std::optional<Appliance::StatusRecord>& record) const;
 
   private:
-    std::string notSent_;
-    std::vector<std::string> errors_;
+    using Errors = std::vector<std::string>;
+
+    struct Process {
+        Errors errors;        // of the request at hand
+        bool sendsLists = false;  // the request at hand asked for them
+        Errors lastSearch;    // of the last request that did not
+    };
+
+    Process& processOf(int pid);
+    void beginRequest(Process& process) const;
+
+    std::map<int, Process> processes_;
+    std::array<Errors, 2> answered_;  // of the search whose lists each source's service sent last
 };
 
 const char* nameOf(Outcome outcome);
