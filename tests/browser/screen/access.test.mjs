@@ -38,7 +38,6 @@ const looks = [
     ["light", { colorScheme: "light" }],
     ["dark", { colorScheme: "dark" }],
     ["light at 360 pixels", { colorScheme: "light", viewport: { width: 360, height: 740 } }],
-    ["dark at 360 pixels", { colorScheme: "dark", viewport: { width: 360, height: 740 } }],
 ];
 
 for (const [look, context] of looks) {
