@@ -45,7 +45,7 @@ bool EventStream::sendWhole(httplib::DataSink& sink)
 {
     const Timeline::Whole whole = timeline_.whole();
     last_ = whole.last;
-    return send(sink, eventText("timeline", whole.text));
+    return !whole.isEnded && send(sink, eventText("timeline", whole.text));
 }
 
 }  // namespace Screen

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "CardFace.h"
+#include "Guarded.h"
 #include "LogLine.h"
 #include "Message.h"
 #include "Names.h"
@@ -69,8 +70,10 @@ void Face::noteLine(const std::string& line)
 
 void Face::take(const Command& command)
 {
-    tell("");
-    std::visit([this](const auto& known) { obey(known); }, command);
+    guarded("A command failed", [&] {
+        tell("");
+        std::visit([this](const auto& known) { obey(known); }, command);
+    });
 }
 
 void Face::obey(const SearchCommand& command)
@@ -93,6 +96,7 @@ void Face::obey(const SayCommand& command)
             tell("The assistant: " + (reason.empty() ? "it gave no answer" : reason));
         }
     };
+    // Waits where the assistant stands still, as every app does that sends.
     const int code =
         Appliance::send({Appliance::AssistantAppId, Appliance::OperationSay, "", extras}, onReply);
     if (code != APP_CONTROL_ERROR_NONE) {

@@ -6,8 +6,10 @@ namespace {
 
 bool isHere(const std::string& place, int port)
 {
-    const std::string number = std::to_string(port);
-    return place == "127.0.0.1:" + number || place == "localhost:" + number;
+    constexpr int usual = 80;  // is left out by those who ask
+    const std::string number = ":" + std::to_string(port);
+    const bool isBare = port == usual && (place == "127.0.0.1" || place == "localhost");
+    return isBare || place == "127.0.0.1" + number || place == "localhost" + number;
 }
 
 bool isOurs(const std::string& origin, int port)
@@ -28,6 +30,14 @@ bool allAre(const httplib::Request& request, const char* header, bool (*isFine)(
     return true;
 }
 
+// What a browser says of a request that it makes for another site's page, but for a link that is followed.
+bool isFromAnotherSite(const httplib::Request& request)
+{
+    const std::string site = request.get_header_value("Sec-Fetch-Site");
+    const bool isOther = site == "cross-site" || site == "same-site";
+    return isOther && request.get_header_value("Sec-Fetch-Mode") != "navigate";
+}
+
 }  // namespace
 
 std::optional<std::string> whyForeign(const httplib::Request& request, int port)
@@ -36,6 +46,9 @@ std::optional<std::string> whyForeign(const httplib::Request& request, int port)
         return "this is not the host that was asked for";
     }
     if (!allAre(request, "Origin", isOurs, port)) {
+        return "only this server's own page may ask";
+    }
+    if (isFromAnotherSite(request)) {
         return "only this server's own page may ask";
     }
     return std::nullopt;

@@ -45,6 +45,11 @@ PageFiles::PageFiles(const std::filesystem::path& folder)
     }
 }
 
+bool PageFiles::has(const std::string& path) const
+{
+    return path == "/" || files_.count(path) > 0;
+}
+
 std::optional<PageFiles::File> PageFiles::find(const std::string& path) const
 {
     const auto found = files_.find(path == "/" ? Index : path);

@@ -14,6 +14,8 @@ class PageFiles {
     // Throws std::runtime_error where there is no page.
     explicit PageFiles(const std::filesystem::path& folder);
 
+    bool has(const std::string& path) const;
+
     struct File {
         std::string bytes;
         std::string type;

@@ -13,41 +13,55 @@ namespace Screen {
 
 namespace {
 
-class Opened {
+class Descriptor {
   public:
-    explicit Opened(const std::filesystem::path& file)
-        : descriptor_(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC))
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor()
     {
-        isFile_ = descriptor_ >= 0 && fstat(descriptor_, &status_) == 0 && S_ISREG(status_.st_mode);
-    }
-    ~Opened()
-    {
-        if (descriptor_ >= 0) {
-            close(descriptor_);
+        if (number_ >= 0) {
+            close(number_);
         }
     }
-    Opened(const Opened&) = delete;
-    Opened& operator=(const Opened&) = delete;
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
 
-    bool isFile() const { return isFile_; }
-    const struct stat& status() const { return status_; }
-    std::optional<std::string> bytes() const;
+    int number() const { return number_; }
 
   private:
-    int descriptor_;
-    bool isFile_;
-    struct stat status_ = {};
+    const int number_;
 };
 
-std::optional<std::string> Opened::bytes() const
+// The folder itself, never what a link in its place leads to.
+int openFolder(const std::filesystem::path& folder)
 {
-    const auto size = static_cast<std::size_t>(status_.st_size);
-    if (!isFile_ || size > PictureFolder::BytesRead) {
+    return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+// Of a plain file in the folder; nothing for anything else.
+std::optional<struct stat> statusOf(const Descriptor& folder, const std::string& name)
+{
+    struct stat status = {};
+    const bool isFile = folder.number() >= 0 &&
+                        fstatat(folder.number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                        S_ISREG(status.st_mode);
+    return isFile ? std::optional<struct stat>(status) : std::nullopt;
+}
+
+std::optional<struct stat> statusOf(const Descriptor& file)
+{
+    struct stat status = {};
+    const bool isFile = file.number() >= 0 && fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+    return isFile ? std::optional<struct stat>(status) : std::nullopt;
+}
+
+std::optional<std::string> bytesOf(const Descriptor& file, std::size_t size)
+{
+    if (size > PictureFolder::BytesRead) {
         return std::nullopt;
     }
     std::string all(size, '\0');
     for (std::size_t done = 0; done < size;) {
-        const ssize_t count = ::read(descriptor_, all.data() + done, size - done);
+        const ssize_t count = ::read(file.number(), all.data() + done, size - done);
         if (count <= 0) {
             return std::nullopt;
         }
@@ -84,16 +98,18 @@ int numberIn(const std::string& name)
     return number;
 }
 
-std::vector<Entry> entriesOf(const std::filesystem::path& folder)
+std::vector<Entry> entriesOf(const std::filesystem::path& path)
 {
     std::vector<Entry> entries;
+    const Descriptor folder(openFolder(path));
     std::error_code error;
-    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end;
-         at.increment(error)) {
+    std::filesystem::directory_iterator at(path, error);
+    for (const std::filesystem::directory_iterator end;
+         !error && at != end && entries.size() < PictureFolder::FilesRead; at.increment(error)) {
         const std::string name = at->path().filename();
-        const Opened file(at->path());
-        if (isPlainName(name) && file.isFile()) {
-            entries.push_back({numberIn(name), name, versionOf(file.status()), file.status().st_size});
+        const auto status = isPlainName(name) ? statusOf(folder, name) : std::nullopt;
+        if (status) {
+            entries.push_back({numberIn(name), name, versionOf(*status), status->st_size});
         }
     }
     std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
@@ -142,8 +158,8 @@ std::string PictureFolder::addressOf(const std::string& path) const
     if (file.parent_path() != folder_ || !isPlainName(name)) {
         return "";
     }
-    const Opened opened(file);
-    return opened.isFile() ? escaped(name) + "?v=" + versionOf(opened.status()) : "";
+    const auto status = statusOf(Descriptor(openFolder(folder_)), name);
+    return status ? escaped(name) + "?v=" + versionOf(*status) : "";
 }
 
 std::optional<std::string> PictureFolder::read(const std::string& name, const std::string& version) const
@@ -151,11 +167,19 @@ std::optional<std::string> PictureFolder::read(const std::string& name, const st
     if (!isPlainName(name)) {
         return std::nullopt;
     }
-    const Opened file(folder_ / name);
-    if (!file.isFile() || versionOf(file.status()) != version) {
+    const Descriptor folder(openFolder(folder_));
+    if (!statusOf(folder, name)) {
         return std::nullopt;
     }
-    return file.bytes();
+    const Descriptor file(
+        openat(folder.number(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const auto status = statusOf(file);
+    if (!status || versionOf(*status) != version) {
+        return std::nullopt;
+    }
+    auto bytes = bytesOf(file, static_cast<std::size_t>(status->st_size));
+    const auto after = statusOf(file);  // it may have been written to meanwhile
+    return after && versionOf(*after) == version ? bytes : std::nullopt;
 }
 
 std::string pictureType(const std::string& bytes)

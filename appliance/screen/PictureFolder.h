@@ -8,8 +8,8 @@
 
 namespace Screen {
 
-// Files that lie in the folder itself, and are files: no links, no folders, no names that begin with a dot.
-// The services make, replace and remove them meanwhile. For any thread.
+// Files that lie in the folder itself, which is none if it is a link, and are files: no links, no folders, no
+// names that begin with a dot. The services make, replace and remove them meanwhile. For any thread.
 class PictureFolder {
   public:
     explicit PictureFolder(std::filesystem::path folder) : folder_(std::move(folder)) {}
@@ -26,6 +26,7 @@ class PictureFolder {
     std::optional<std::string> read(const std::string& name, const std::string& version) const;
 
     static constexpr std::size_t FilesListed = 200;
+    static constexpr std::size_t FilesRead = 2000;  // of which those are the first
     static constexpr std::size_t BytesRead = 32 * 1024 * 1024;
 
   private:

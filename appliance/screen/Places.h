@@ -15,7 +15,8 @@ struct Places {
     std::filesystem::path dataStore() const { return root / "data-store.sqlite"; }
     std::filesystem::path media() const { return root / "media"; }
     std::filesystem::path pictures() const { return media() / "tmp"; }
-    std::filesystem::path flagFolder() const { return root / "vconf" / "db" / "nuvex" / "e-commerce"; }
+    std::filesystem::path settings() const { return root / "vconf"; }
+    std::filesystem::path flagFolder() const { return settings() / "db" / "nuvex" / "e-commerce"; }
 };
 
 // Of the appliance that this process is part of.

@@ -26,7 +26,10 @@ namespace StandIn = Appliance::StandIn;
 using HandlerResponse = httplib::Server::HandlerResponse;
 
 const char Loopback[] = "127.0.0.1";
+const char EventPath[] = "/events";
 constexpr std::string_view PictureRoot = "/pictures/";
+// A peer on this machine that takes longer for its next bytes has stopped.
+constexpr std::chrono::seconds Patience{5};
 // What is left of them beside the streams serves everything else.
 constexpr std::size_t Threads = Server::StreamsServed + 8;
 
@@ -41,15 +44,32 @@ void explainStatus(const httplib::Request&, httplib::Response& response)
 {
     if (!response.has_header("Content-Type")) {
         sendError(response, response.status,
-                  response.status == 413 ? "the body is too long" : "the request cannot be read");
+                  response.status == 413   ? "the body is too long"
+                  : response.status >= 500 ? "this went wrong here"
+                                           : "the request cannot be read");
     }
     addSecurityHeaders(response);
+}
+
+bool isPicturePath(const std::string& path)
+{
+    return path.compare(0, PictureRoot.size(), PictureRoot) == 0;
 }
 
 bool isJson(const httplib::Request& request)
 {
     const std::string type = request.get_header_value("Content-Type");
     return type.substr(0, type.find(';')) == "application/json";
+}
+
+// The library would let an exception end the process.
+bool sendNext(EventStream& stream, httplib::DataSink& sink)
+{
+    try {
+        return stream.sendNext(sink);
+    } catch (const std::exception&) {
+        return false;  // no memory: the page comes again
+    }
 }
 
 // Threads that are started meanwhile leave the signals to the main one.
@@ -80,6 +100,8 @@ class Server::Parts {
 
   private:
     HandlerResponse route(const httplib::Request& request, httplib::Response& response);
+    HandlerResponse admit(const httplib::Request& request, httplib::Response& response) const;
+    bool isKnown(const std::string& path) const;
     void serve(const httplib::Request& request, httplib::Response& response);
     void sendFile(const httplib::Request& request, httplib::Response& response) const;
     void sendPicture(const httplib::Request& request, httplib::Response& response) const;
@@ -102,7 +124,7 @@ Server::Parts::Parts(const ServerSettings& settings, Timeline& timeline, Command
       onCommand_(std::move(onCommand)),
       page_(settings.pageFolder),
       pictures_(settings.pictureFolder),
-      server_(connections_)
+      server_(connections_, Patience)
 {
     StandIn::setUp(server_, noLog_);
     server_.new_task_queue = [] { return new httplib::ThreadPool(Threads); };
@@ -131,15 +153,37 @@ HandlerResponse Server::Parts::route(const httplib::Request& request, httplib::R
         sendError(response, 403, *why);
         return HandlerResponse::Handled;
     }
+    if (!isKnown(request.path)) {
+        sendError(response, 404, "there is nothing here");
+        return HandlerResponse::Handled;
+    }
     const bool isCommand = isCommandPath(request.path);
     const char* method = isCommand ? "POST" : "GET";
     if (request.method != method) {
         response.set_header("Allow", method);
         sendError(response, 405, "only " + std::string(method) + " is served here");
-    } else if (!isCommand) {
+    } else if (isCommand) {
+        return admit(request, response);
+    } else if (request.has_header("Range")) {
+        sendError(response, 416, "nothing is served in parts");
+    } else {
         serve(request, response);
-    } else if (!isJson(request)) {
-        sendError(response, 415, "a command is JSON");
+    }
+    return HandlerResponse::Handled;
+}
+
+bool Server::Parts::isKnown(const std::string& path) const
+{
+    return isCommandPath(path) || path == EventPath || isPicturePath(path) || page_.has(path);
+}
+
+// The library counts the bytes of a body whose length stands in front of it, and of no other.
+HandlerResponse Server::Parts::admit(const httplib::Request& request, httplib::Response& response) const
+{
+    if (!isJson(request) || request.has_header("Content-Encoding")) {
+        sendError(response, 415, "a command is plain JSON");
+    } else if (!request.has_header("Content-Length") || request.has_header("Transfer-Encoding")) {
+        sendError(response, 411, "a command tells its length");
     } else {
         return HandlerResponse::Unhandled;
     }
@@ -148,9 +192,9 @@ HandlerResponse Server::Parts::route(const httplib::Request& request, httplib::R
 
 void Server::Parts::serve(const httplib::Request& request, httplib::Response& response)
 {
-    if (request.path == "/events") {
+    if (request.path == EventPath) {
         sendEvents(response);
-    } else if (request.path.compare(0, PictureRoot.size(), PictureRoot) == 0) {
+    } else if (isPicturePath(request.path)) {
         sendPicture(request, response);
     } else {
         sendFile(request, response);
@@ -182,15 +226,16 @@ void Server::Parts::sendPicture(const httplib::Request& request, httplib::Respon
 
 void Server::Parts::sendEvents(httplib::Response& response)
 {
-    if (streams_ >= StreamsServed) {
+    auto seat = std::make_unique<EventStream::Seat>(streams_);
+    if (seat->number() > StreamsServed) {
         sendError(response, 503, "too many pages are open");
         return;
     }
-    const auto stream = std::make_shared<EventStream>(timeline_, streams_);
+    const auto stream = std::make_shared<EventStream>(timeline_, std::move(seat));
     response.set_header("Cache-Control", "no-store");
     response.set_chunked_content_provider(
         "text/event-stream",
-        [stream](std::size_t, httplib::DataSink& sink) { return stream->sendNext(sink); });
+        [stream](std::size_t, httplib::DataSink& sink) { return sendNext(*stream, sink); });
 }
 
 void Server::Parts::takeCommand(const httplib::Request& request, httplib::Response& response) const

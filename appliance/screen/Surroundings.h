@@ -24,7 +24,9 @@ class Surroundings {
   public:
     static constexpr std::size_t LogLinesBefore = 100;   // of the log, shown from the start
     static constexpr std::size_t LogLineBytes = 4000;    // what is longer is cut
-    static constexpr std::size_t AppMessagesShown = 20;  // of what an app received
+    static constexpr std::size_t AppMessagesShown = 20;  // of what an app received, as far as
+    static constexpr std::size_t AppBytesShown = 32 * 1024;
+    static constexpr std::size_t AppsShown = 200;
 
     using LineHandler = std::function<void(const std::string& line)>;
 
@@ -44,11 +46,17 @@ class Surroundings {
   private:
     void watch(std::unique_ptr<Appliance::FolderWatch>& watch, const std::filesystem::path& folder,
                const std::function<void(const std::string& name)>& onChange);
+    void noteChangeOfRoot(const std::string& name);
+    void watchMedia();
     void watchPictures();
+    void watchFlag();
     void watchBus(const std::string& address);
     void followLog(const std::filesystem::path& file);
     void noteLine(const std::string& line);
     void readAppFile(const std::string& name);
+    void noteApp(const std::string& appId, bool isThere);
+    void noteLostBus();
+    void readAnew();
     void readSoon();
     void readStores();
     static Eina_Bool onTime(void* self);
@@ -60,6 +68,7 @@ class Surroundings {
     bool isOldLine_ = true;
     std::optional<Appliance::StatusRecord> record_;
     nlohmann::json apps_ = nlohmann::json::object();
+    int failures_ = 0;              // of reading the record, one after the other
     Ecore_Timer* timer_ = nullptr;  // runs while a change is to be read
     std::unique_ptr<Appliance::FolderWatch> screenWatch_;
     std::unique_ptr<Appliance::FolderWatch> rootWatch_;

@@ -42,69 +42,108 @@ std::string freshRun()
     return text.str();
 }
 
-nlohmann::json emptyState()
-{
-    nlohmann::json state = {{Messages, nlohmann::json::array()}, {Log, nlohmann::json::array()}};
-    for (const char* name :
-         {"card", "partner", "assistant", "record", "flag", "images", "settings", "apps", "notice"}) {
-        state[name] = nullptr;
-    }
-    return state;
-}
-
 }  // namespace
 
-Timeline::Timeline(std::chrono::milliseconds beat) : run_(freshRun()), beat_(beat), base_(emptyState())
+Timeline::Timeline(std::chrono::milliseconds beat) : run_(freshRun()), beat_(beat)
 {
-    now_ = base_;
+    const auto null = std::make_shared<const std::string>("null");
+    for (const char* name :
+         {"card", "partner", "assistant", "record", "flag", "images", "settings", "apps", "notice"}) {
+        now_[name] = null;
+    }
+    state_.values = now_;
+    state_.lists = {{Messages, {}}, {Log, {}}};
 }
 
-void Timeline::put(const std::string& name, nlohmann::json data)
+void Timeline::put(const std::string& name, const nlohmann::json& data)
 {
+    const auto text = std::make_shared<const std::string>(jsonText(data));
     const std::lock_guard<std::mutex> lock(mutex_);
     if (listOf(name) == nullptr) {
-        if (now_[name] == data) {
+        Text& now = now_[name];
+        if (now && *now == *text) {
             return;
         }
-        now_[name] = data;
+        now = text;
     }
-    const std::int64_t at = millisecondsNow();
-    const std::string text = jsonText({{"at", at}, {"name", name}, {"data", data}});
-    events_.push_back({at, name, std::move(data), text});
+    state_.events.push_back({millisecondsNow(), name, text});
+    eventBytes_ += text->size();
     ++last_;
-    if (events_.size() > EventsKept) {
-        fold(events_.front());
-        events_.pop_front();
+    while (state_.events.size() > EventsKept || eventBytes_ > BytesKept) {
+        fold();
     }
     changed_.notify_all();
 }
 
-void Timeline::fold(const Event& event)
+// The oldest event becomes part of the state that the others begin with.
+void Timeline::fold()
 {
-    const char* list = listOf(event.name);
-    if (list == nullptr) {
-        base_[event.name] = event.data;
+    Event event = std::move(state_.events.front());
+    state_.events.pop_front();
+    eventBytes_ -= event.data->size();
+    const char* name = listOf(event.name);
+    if (name == nullptr) {
+        state_.values[event.name] = event.data;
         return;
     }
-    nlohmann::json entry = event.data;
-    entry["at"] = event.at;
-    nlohmann::json& entries = base_[list];
-    entries.push_back(std::move(entry));
-    if (entries.size() > keptOf(list)) {
-        entries.erase(entries.begin());
+    List& list = state_.lists[name];
+    list.bytes += event.data->size();
+    list.entries.push_back(std::move(event));
+    while (list.entries.size() > keptOf(name) || list.bytes > BytesKept) {
+        list.bytes -= list.entries.front().data->size();
+        list.entries.pop_front();
     }
+}
+
+std::string Timeline::Event::text() const
+{
+    return R"({"at":)" + std::to_string(at) + R"(,"name":")" + name + R"(","data":)" + *data + "}";
+}
+
+std::string Timeline::Event::entry() const
+{
+    return R"({"at":)" + std::to_string(at) + "," + data->substr(1);
 }
 
 Timeline::Whole Timeline::whole() const
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    State state;
+    Whole whole;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        whole.last = last_;
+        whole.isEnded = ended_;
+        if (!ended_) {
+            state = state_;
+        }
+    }
+    if (!whole.isEnded) {
+        whole.text = textOf(state);
+    }
+    return whole;
+}
+
+std::string Timeline::textOf(const State& state) const
+{
     std::string text = R"({"run":")" + run_ + R"(","beat":)" + std::to_string(beat_.count()) +
                        R"(,"kept":{"messages":)" + std::to_string(MessagesKept) + R"(,"log":)" +
-                       std::to_string(LogKept) + R"(},"base":)" + jsonText(base_) + R"(,"events":[)";
-    for (const Event& event : events_) {
-        text += (&event == &events_.front() ? "" : ",") + event.text;
+                       std::to_string(LogKept) + R"(},"base":{)";
+    for (const auto& [name, value] : state.values) {
+        text += '"' + name + R"(":)" + *value + ',';
     }
-    return {text + "]}", last_};
+    for (const auto& [name, list] : state.lists) {
+        text += '"' + name + R"(":[)";
+        for (const Event& event : list.entries) {
+            text += (&event == &list.entries.front() ? "" : ",") + event.entry();
+        }
+        text += "],";
+    }
+    text.back() = '}';
+    text += R"(,"events":[)";
+    for (const Event& event : state.events) {
+        text += (&event == &state.events.front() ? "" : ",") + event.text();
+    }
+    return text + "]}";
 }
 
 Timeline::News Timeline::newsSince(std::uint64_t last, std::chrono::milliseconds limit) const
@@ -119,12 +158,13 @@ Timeline::News Timeline::newsSince(std::uint64_t last, std::chrono::milliseconds
 
 Timeline::News Timeline::eventsSince(std::uint64_t last) const
 {
-    if (last_ - last > events_.size()) {
+    const std::size_t kept = state_.events.size();
+    if (last_ - last > kept) {
         return {News::Kind::TooMuch, {}, last};
     }
     News news{last_ > last ? News::Kind::Events : News::Kind::Nothing, {}, last_};
-    for (std::size_t i = events_.size() - (last_ - last); i < events_.size(); ++i) {
-        news.events.push_back(events_[i].text);
+    for (std::size_t i = kept - (last_ - last); i < kept; ++i) {
+        news.events.push_back(state_.events[i].text());
     }
     return news;
 }

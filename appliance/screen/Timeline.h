@@ -6,6 +6,8 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -13,24 +15,26 @@
 
 namespace Screen {
 
-// All functions may be called from any thread. What is kept is bounded: the oldest events become part of the
-// state that the others begin with.
+// All functions may be called from any thread; none holds another up for long. What is kept is bounded in
+// number and in bytes: the oldest events become part of the state that the others begin with.
 class Timeline {
   public:
     static constexpr std::size_t EventsKept = 2000;
     static constexpr std::size_t MessagesKept = 300;
     static constexpr std::size_t LogKept = 1000;
+    static constexpr std::size_t BytesKept = 1024 * 1024;  // of the events, and of each list of the state
 
     // `beat`: told to the page, which expects to hear something that often.
     explicit Timeline(std::chrono::milliseconds beat);
 
-    // Adds an event. "message" and "log" are added to their lists; data of any other name replaces what had
-    // that name, and makes no event where it is the same.
-    void put(const std::string& name, nlohmann::json data);
+    // Adds an event. "message" and "log" are added to their lists, and their data is an object that is not
+    // empty; data of any other name replaces what had that name, and makes no event where it is the same.
+    void put(const std::string& name, const nlohmann::json& data);
 
     struct Whole {
         std::string text;        // JSON, one line
         std::uint64_t last = 0;  // the number of its last event
+        bool isEnded = false;    // then there is no text
     };
     Whole whole() const;
 
@@ -47,23 +51,40 @@ class Timeline {
     void end();
 
   private:
+    using Text = std::shared_ptr<const std::string>;
+
     struct Event {
         std::int64_t at;  // milliseconds since 1970
         std::string name;
-        nlohmann::json data;
-        std::string text;
+        Text data;  // JSON
+
+        std::string text() const;   // as an event
+        std::string entry() const;  // in its list
     };
 
-    void fold(const Event& event);
+    struct List {
+        std::deque<Event> entries;
+        std::size_t bytes = 0;
+    };
+
+    // All that is known, to be put into words without the lock.
+    struct State {
+        std::map<std::string, Text> values;
+        std::map<std::string, List> lists;
+        std::deque<Event> events;
+    };
+
+    void fold();
     News eventsSince(std::uint64_t last) const;
+    std::string textOf(const State& state) const;
 
     const std::string run_;
     const std::chrono::milliseconds beat_;
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
-    nlohmann::json base_;
-    nlohmann::json now_;  // what replaces, as it is after the last event
-    std::deque<Event> events_;
+    State state_;
+    std::size_t eventBytes_ = 0;
+    std::map<std::string, Text> now_;  // what replaces, as it is after the last event
     std::uint64_t last_ = 0;
     bool ended_ = false;
 };

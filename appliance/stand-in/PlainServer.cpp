@@ -17,8 +17,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-// How long a peer may take to send the next bytes, or to make room for some.
-constexpr milliseconds patience = seconds(30);
 // How long a peer may take to leave once it has its answer.
 constexpr milliseconds farewell = seconds(2);
 
@@ -50,7 +48,7 @@ void readAddress(AddressOf addressOf, int socket, std::string& ip, int& port)
 
 class SocketStream : public httplib::Stream {
   public:
-    explicit SocketStream(int usedSocket) : handle(usedSocket) {}
+    SocketStream(int usedSocket, milliseconds usedPatience) : handle(usedSocket), patience(usedPatience) {}
 
     bool is_readable() const override { return isReady(handle, POLLIN, patience); }
     bool is_writable() const override { return isReady(handle, POLLOUT, patience); }
@@ -79,6 +77,7 @@ class SocketStream : public httplib::Stream {
 
   private:
     const int handle;
+    const milliseconds patience;
 };
 
 // A socket that is closed with unread bytes in it resets the connection, and the peer may lose its answer:
@@ -113,14 +112,17 @@ int PlainConnections::socketOf(const httplib::Request&) const
     return servedSocket;
 }
 
-PlainServer::PlainServer(PlainConnections& usedConnections) : connections(usedConnections) {}
+PlainServer::PlainServer(PlainConnections& usedConnections, milliseconds usedPatience)
+    : connections(usedConnections), patience(usedPatience)
+{
+}
 
 bool PlainServer::process_and_close_socket(socket_t socket)
 {
     bool isServed = false;
     {
         const PlainConnections::Served served(connections, socket);
-        SocketStream stream(socket);
+        SocketStream stream(socket, patience);
         bool isClosed = false;
         isServed = process_request(stream, true, isClosed, nullptr);
         sayFarewell(socket);

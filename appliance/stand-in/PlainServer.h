@@ -4,6 +4,8 @@
 #include "Connections.h"
 #include "Serving.h"
 
+#include <chrono>
+
 namespace Appliance::StandIn {
 
 class PlainConnections : public Connections {
@@ -28,12 +30,15 @@ class PlainConnections : public Connections {
 // Serves one request for each connection. `usedConnections` must outlive it.
 class PlainServer : public EndableServer<httplib::Server> {
   public:
-    explicit PlainServer(PlainConnections& usedConnections);
+    // `usedPatience`: how long a peer may take to send the next bytes, or to make room for some.
+    explicit PlainServer(PlainConnections& usedConnections,
+                         std::chrono::milliseconds usedPatience = std::chrono::seconds(30));
 
   private:
     bool process_and_close_socket(socket_t socket) override;
 
     PlainConnections& connections;
+    const std::chrono::milliseconds patience;
 };
 
 }  // namespace Appliance::StandIn

@@ -10,7 +10,6 @@ namespace Appliance {
 
 namespace {
 
-constexpr int BusyMilliseconds = 3000;
 
 using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
 using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
@@ -20,7 +19,7 @@ using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
     throw std::runtime_error(file.string() + ": " + sqlite3_errmsg(connection));
 }
 
-Connection openReadOnly(const std::filesystem::path& file)
+Connection openReadOnly(const std::filesystem::path& file, std::chrono::milliseconds limit)
 {
     sqlite3* raw = nullptr;
     const int code = sqlite3_open_v2(file.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr);
@@ -28,7 +27,7 @@ Connection openReadOnly(const std::filesystem::path& file)
     if (code != SQLITE_OK) {
         fail(raw, file);
     }
-    sqlite3_busy_timeout(raw, BusyMilliseconds);
+    sqlite3_busy_timeout(raw, static_cast<int>(limit.count()));
     return connection;
 }
 
@@ -46,12 +45,13 @@ StatusRecord recordIn(sqlite3_stmt* row)
 
 }  // namespace
 
-std::optional<StatusRecord> readStatusRecord(const std::filesystem::path& dataStore)
+std::optional<StatusRecord> readStatusRecord(const std::filesystem::path& dataStore,
+                                             std::chrono::milliseconds limit)
 {
     if (!std::filesystem::exists(dataStore)) {
         return std::nullopt;
     }
-    const Connection connection = openReadOnly(dataStore);
+    const Connection connection = openReadOnly(dataStore, limit);
     sqlite3_stmt* raw = nullptr;
     const char query[] =
         "SELECT isLoggedIn, isLinked, totalCount, productCountInCart, currentViewType FROM Commerce WHERE id "

@@ -33,89 +33,142 @@ CardContent cardOf(CardState state, std::size_t products, Source source = Source
     return card;
 }
 
-// A line of a service whose process has the id 100.
-Appliance::LogLine lineOf(int thread, const std::string& message, char priority = 'E')
-{
-    return {priority, "carvoy-service", 100,
-            "[" + std::to_string(thread) + "] SearchControl.cpp: processSearch(1) > " + message};
-}
+constexpr int Service = 100;  // process ids
+constexpr int RetailerService = 200;
 
 const Appliance::StatusRecord loggedIn = {1, 1, 0, std::nullopt, std::nullopt};
 const Appliance::StatusRecord loggedOut = {0, 0, 0, std::nullopt, std::nullopt};
 
-TEST(ASearchsVerdict, IsOpenUntilItsResultIsThere)
+class ASearchsVerdict : public testing::Test {
+  protected:
+    void log(int pid, const std::string& function, const std::string& message, char priority = 'D',
+             int thread = 0)
+    {
+        witness_.note({priority, "carvoy-service", pid,
+                       "[" + std::to_string(thread == 0 ? pid : thread) + "] File.cpp: " + function +
+                           "(1) > " + message});
+    }
+
+    void request(int pid) { log(pid, "onAppControl", "Service::onAppControl", 'I'); }
+
+    void search(int pid, const Texts& errors = {})
+    {
+        request(pid);
+        for (const std::string& error : errors) {
+            log(pid, "searchProduct", error, 'E');
+        }
+    }
+
+    void sendLists(int pid)
+    {
+        request(pid);
+        log(pid, pid == Service ? "sendResultToUI" : "sendEmartResultToUI", "");
+    }
+
+    Verdict verdict(const std::optional<Appliance::StatusRecord>& record = loggedIn) const
+    {
+        return witness_.verdictOn(cardOf(CardState::Shown, 0), record);
+    }
+
+    Verdict verdictAtRetailer(const std::optional<Appliance::StatusRecord>& record = loggedIn) const
+    {
+        return witness_.verdictOn(cardOf(CardState::Shown, 0, Source::Retailer), record);
+    }
+
+    SearchWitness witness_;
+};
+
+TEST_F(ASearchsVerdict, IsOpenUntilItsResultIsThere)
 {
-    const SearchWitness witness;
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Empty, 0), std::nullopt).outcome, Outcome::None);
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Searching, 0), loggedIn).outcome, Outcome::None);
+    EXPECT_EQ(witness_.verdictOn(cardOf(CardState::Empty, 0), std::nullopt).outcome, Outcome::None);
+    EXPECT_EQ(witness_.verdictOn(cardOf(CardState::Searching, 0), loggedIn).outcome, Outcome::None);
 }
 
-TEST(ASearchsVerdict, IsFoundWithProductsWhateverWasLogged)
+TEST_F(ASearchsVerdict, IsFoundWithProductsWhateverWasLogged)
 {
-    SearchWitness witness;
-    witness.note(lineOf(100, "something went wrong"));
-    const Verdict verdict = witness.verdictOn(cardOf(CardState::Shown, 1), loggedIn);
+    search(Service, {"something went wrong"});
+    sendLists(Service);
+    const Verdict verdict = witness_.verdictOn(cardOf(CardState::Shown, 1), loggedIn);
     EXPECT_EQ(verdict.outcome, Outcome::Found);
     EXPECT_EQ(verdict.reasons, Texts());
 }
 
-TEST(ASearchsVerdict, IsNothingWhereTheServiceFoundNone)
+TEST_F(ASearchsVerdict, IsNothingWhereTheServiceFoundNone)
 {
-    SearchWitness witness;
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Shown, 0), loggedIn).outcome, Outcome::Nothing);
-    EXPECT_TRUE(witness.note(lineOf(100, "empty json array")));
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Shown, 0), loggedIn).outcome, Outcome::Nothing);
+    EXPECT_EQ(verdict().outcome, Outcome::Nothing) << "nothing is known of it";
+    search(Service, {"empty json array"});
+    sendLists(Service);
+    EXPECT_EQ(verdict().outcome, Outcome::Nothing);
 }
 
-TEST(ASearchsVerdict, IsFailedWithTheServicesOwnWords)
+TEST_F(ASearchsVerdict, IsFailedWithTheServicesOwnWords)
 {
-    SearchWitness witness;
-    witness.note(lineOf(100, "curl perform failed: 503"));
-    const Verdict verdict = witness.verdictOn(cardOf(CardState::Shown, 0), loggedIn);
-    EXPECT_EQ(verdict.outcome, Outcome::Failed);
-    EXPECT_EQ(verdict.reasons, Texts{"curl perform failed: 503"});
+    search(Service, {"curl perform failed: 503", "and more"});
+    sendLists(Service);
+    EXPECT_EQ(verdict().outcome, Outcome::Failed);
+    EXPECT_EQ(verdict().reasons, (Texts{"curl perform failed: 503", "and more"}));
 }
 
-TEST(ASearchsVerdict, CountsNeitherOtherThreadsNorOtherLevelsNorEarlierSearches)
+TEST_F(ASearchsVerdict, StandsWhereTheListsAreSentAgain)
 {
-    SearchWitness witness;
-    witness.note(lineOf(100, "curl perform failed: 401"));
-    witness.begin();
-    EXPECT_FALSE(witness.note(lineOf(101, "Failed to startDownload for index 1")));
-    EXPECT_FALSE(witness.note(lineOf(100, "a trace", 'D')));
-    EXPECT_FALSE(witness.note({'E', "carvoy-ui", 100, "[100] something > else"}));
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Shown, 0), loggedIn).outcome, Outcome::Nothing);
+    search(Service, {"curl perform failed: 503"});
+    sendLists(Service);
+    sendLists(Service);
+    EXPECT_EQ(verdict().reasons, Texts{"curl perform failed: 503"});
 }
 
-TEST(ASearchsVerdict, IsFailedAtTheRetailerForWhoIsNotLoggedIn)
+TEST_F(ASearchsVerdict, IsNotThatOfTheSearchBefore)
 {
-    const SearchWitness witness;
-    const CardContent atRetailer = cardOf(CardState::Shown, 0, Source::Retailer);
-    EXPECT_EQ(witness.verdictOn(atRetailer, loggedOut).outcome, Outcome::Failed);
-    EXPECT_EQ(witness.verdictOn(atRetailer, loggedOut).reasons, Texts{"Not logged in at the retailer"});
-    EXPECT_EQ(witness.verdictOn(atRetailer, loggedIn).outcome, Outcome::Nothing);
-    EXPECT_EQ(witness.verdictOn(atRetailer, std::nullopt).outcome, Outcome::Nothing);
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Shown, 0), loggedOut).outcome, Outcome::Nothing);
+    search(Service, {"curl perform failed: 503"});
+    sendLists(Service);
+    search(Service, {"empty json array"});
+    sendLists(Service);
+    EXPECT_EQ(verdict().outcome, Outcome::Nothing);
 }
 
-TEST(ASearchsVerdict, IsFailedWhereTheServiceWasNotReached)
+TEST_F(ASearchsVerdict, IsNotThatOfTheOtherService)
 {
-    SearchWitness witness;
-    witness.noteNotSent("no such app is running");
-    const CardContent searching = cardOf(CardState::Searching, 0);
-    EXPECT_EQ(witness.verdictOn(searching, std::nullopt).reasons, Texts{"no such app is running"});
-    witness.begin();
-    EXPECT_EQ(witness.verdictOn(searching, std::nullopt).outcome, Outcome::None);
+    search(Service, {"empty json array"});
+    sendLists(Service);
+    search(RetailerService, {"curl perform failed: 503"});
+    sendLists(RetailerService);
+    EXPECT_EQ(verdict().outcome, Outcome::Nothing);
+    EXPECT_EQ(verdictAtRetailer().reasons, Texts{"curl perform failed: 503"});
 }
 
-TEST(ASearchsVerdict, KeepsABoundedNumberOfReasons)
+TEST_F(ASearchsVerdict, CountsErrorsOfTheMainThreadDuringTheSearchOnly)
 {
-    SearchWitness witness;
-    for (int i = 0; i < 100; ++i) {
-        witness.note(lineOf(100, "error"));
+    search(Service);
+    log(Service, "searchProduct", "a trace", 'D');
+    log(Service, "startDownloadImages", "Failed to startDownload for index 1", 'E', 101);
+    witness_.note({'E', "carvoy-ui", Service, "[100] File.cpp: searchProduct(1) > of another program"});
+    witness_.note({'E', "carvoy-service", Service, "of another form"});
+    sendLists(Service);
+    log(Service, "_vc_error_cb", "later", 'E');
+    EXPECT_EQ(verdict().outcome, Outcome::Nothing);
+    sendLists(Service);
+    EXPECT_EQ(verdict().outcome, Outcome::Nothing);
+}
+
+TEST_F(ASearchsVerdict, IsFailedAtTheRetailerForWhoIsNotLoggedIn)
+{
+    search(RetailerService);
+    sendLists(RetailerService);
+    EXPECT_EQ(verdictAtRetailer(loggedOut).outcome, Outcome::Failed);
+    EXPECT_EQ(verdictAtRetailer(loggedOut).reasons, Texts{"Not logged in at the retailer"});
+    EXPECT_EQ(verdictAtRetailer(loggedIn).outcome, Outcome::Nothing);
+    EXPECT_EQ(verdictAtRetailer(std::nullopt).outcome, Outcome::Nothing);
+    EXPECT_EQ(verdict(loggedOut).outcome, Outcome::Nothing);
+}
+
+TEST_F(ASearchsVerdict, KeepsABoundedNumberOfReasonsAndProcesses)
+{
+    for (int pid = 1; pid < 100; ++pid) {
+        search(pid, Texts(100, "error"));
     }
-    EXPECT_EQ(witness.verdictOn(cardOf(CardState::Shown, 0), loggedIn).reasons.size(),
-              SearchWitness::ReasonsKept);
+    search(Service, Texts(100, "error"));
+    sendLists(Service);
+    EXPECT_EQ(verdict().reasons.size(), SearchWitness::ReasonsKept);
 }
 
 TEST(TheCardsFace, TellsItsProductsWithAddressesOfTheirPictures)

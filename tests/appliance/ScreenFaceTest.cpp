@@ -34,9 +34,13 @@ TestSupport::Extras resultExtras(const std::string& term, const std::string& tot
             {KeyPrices, sdbus::Variant(Texts{"$4.49", "$2.69"})}};
 }
 
-std::string lineOf(const std::string& message)
+// What the service, with the process id 77, logs of a search and of the lists that it then sends.
+std::string logOf(const std::string& error)
 {
-    return "E/carvoy-service(   77): [77] SearchControl.cpp: processSearch(1) > " + message + "\n";
+    const std::string request =
+        "I/carvoy-service(   77): [77] Service.cpp: onAppControl(34) > Service::onAppControl\n";
+    return request + "E/carvoy-service(   77): [77] SearchControl.cpp: searchProduct(233) > " + error + "\n" +
+           request + "D/carvoy-service(   77): [77] SearchControl.cpp: sendResultToUI(88) > \n";
 }
 
 class TheUiAppsFace : public TestSupport::ScreenAppFixture {
@@ -188,16 +192,43 @@ TEST_F(TheUiAppsFace, TellsAFailedSearchFromOneThatFoundNothing)
 {
     start();
     searchAt(*service_, "milk");
-    std::ofstream(logFile_, std::ios::app) << lineOf("curl perform failed: 503");
+    std::ofstream(logFile_, std::ios::app) << logOf("curl perform failed: 503");
     ASSERT_EQ(fromService(OperationResult, 0, resultExtras("milk", "0")), "");
     const auto failed = cardWith("outcome", "failed");
     ASSERT_TRUE(failed);
     EXPECT_EQ(failed->at("reasons"), json{"curl perform failed: 503"});
 
     searchAt(*service_, "zzqq");
-    std::ofstream(logFile_, std::ios::app) << lineOf("empty json array");
+    std::ofstream(logFile_, std::ios::app) << logOf("empty json array");
     ASSERT_EQ(fromService(OperationResult, 0, resultExtras("zzqq", "0")), "");
     EXPECT_TRUE(cardWith("outcome", "nothing"));
+}
+
+TEST_F(TheUiAppsFace, TellsTwoSearchesThatCameAtOnceApart)
+{
+    start();
+    searchAt(*service_, "milk");
+    searchAt(*service_, "zzqq");
+    std::ofstream(logFile_, std::ios::app) << logOf("curl perform failed: 503") << logOf("empty json array");
+    ASSERT_EQ(fromService(OperationResult, 0, resultExtras("milk", "0")), "");
+    ASSERT_EQ(fromService(OperationResult, 0, resultExtras("zzqq", "0")), "");
+    const auto card = cardWith("state", "shown");
+    ASSERT_TRUE(card);
+    EXPECT_EQ(card->at("term"), "zzqq");
+    EXPECT_EQ(card->at("outcome"), "nothing");
+}
+
+TEST_F(TheUiAppsFace, ShowsFoldersThatWereRemovedAndMadeAnew)
+{
+    start();
+    fs::remove_all(ScratchRoot::file("media"));
+    fs::remove_all(ScratchRoot::file("vconf"));
+    ASSERT_EQ(vconf_set_int("db/nuvex/e-commerce/response", 5), 0);
+    EXPECT_TRUE(event("flag", 5));
+    fs::create_directories(ScratchRoot::file("media/tmp"));
+    std::ofstream(ScratchRoot::file("media/tmp/7.png")) << "seven";
+    EXPECT_TRUE(events_->waitForEvent(
+        "images", [](const json& images) { return images.size() == 1 && images[0].at("name") == "7.png"; }));
 }
 
 TEST_F(TheUiAppsFace, SaysThatTheServiceIsNotThere)

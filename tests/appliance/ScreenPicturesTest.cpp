@@ -108,6 +108,19 @@ TEST_F(APictureFolder, HasNothingButItsOwnPlainFiles)
     }
 }
 
+TEST_F(APictureFolder, IsNoneWhereALinkIsInItsPlace)
+{
+    const fs::path elsewhere = folder_.path().parent_path() / "elsewhere";
+    write(elsewhere / "1.png", "elsewhere");
+    add("1.png", "here");
+    const std::string version = versionOf("1.png");
+    fs::remove_all(folder_.path());
+    fs::create_directory_symlink(elsewhere, folder_.path());
+    EXPECT_EQ(folder_.list(), json::array());
+    EXPECT_EQ(versionOf("1.png"), "");
+    EXPECT_EQ(folder_.read("1.png", version), std::nullopt);
+}
+
 TEST(APicturesType, IsToldByItsFirstBytes)
 {
     using Screen::pictureType;

@@ -10,6 +10,7 @@
 
 #include "EventListener.h"
 #include "EventStream.h"
+#include "Gate.h"
 #include "HttpClient.h"
 #include "PictureFolder.h"
 #include "ScratchRoot.h"
@@ -184,12 +185,54 @@ TEST_F(TheScreensServer, RefusesBodiesThatAreTooLong)
     EXPECT_EQ(commands().size(), 0U);
 }
 
+TEST_F(TheScreensServer, RefusesBodiesThatDoNotTellTheirLength)
+{
+    const std::string body = R"({"sentence":"add to cart"})";
+    EXPECT_EQ(post("/api/say", body, {"Transfer-Encoding: chunked"}).status, 411);
+    EXPECT_EQ(post("/api/say", body, {"Content-Length:"}).status, 411);
+    EXPECT_EQ(post("/api/say", body, {"Content-Encoding: gzip"}).status, 415);
+    EXPECT_EQ(commands().size(), 0U);
+}
+
+TEST_F(TheScreensServer, ServesNothingInParts)
+{
+    EXPECT_EQ(client({"Range: bytes=0-"}).get("/events").status, 416);
+    const Reply reply = client({"Range: bytes=0-0,0-1,0-2"}).get("/");
+    EXPECT_EQ(reply.status, 416);
+    EXPECT_EQ(reply.body.find("<!doctype"), std::string::npos);
+}
+
+TEST_F(TheScreensServer, RefusesWhatAnotherSitesPageLoadsButNotALinkToIt)
+{
+    for (const char* site : {"cross-site", "same-site"}) {
+        EXPECT_EQ(
+            client({std::string("Sec-Fetch-Site: ") + site, "Sec-Fetch-Mode: no-cors"}).get("/events").status,
+            403);
+        EXPECT_EQ(
+            client({std::string("Sec-Fetch-Site: ") + site, "Sec-Fetch-Mode: navigate"}).get("/").status,
+            200);
+    }
+    EXPECT_EQ(client({"Sec-Fetch-Site: same-origin"}).get("/").status, 200);
+    EXPECT_EQ(client({"Sec-Fetch-Site: none"}).get("/").status, 200);
+}
+
+TEST(TheGate, TakesABareNameForThePortThatIsUsuallyLeftOut)
+{
+    httplib::Request request;
+    request.headers = {{"Host", "127.0.0.1"}, {"Origin", "http://localhost"}};
+    EXPECT_EQ(Screen::whyForeign(request, 80), std::nullopt);
+    EXPECT_NE(Screen::whyForeign(request, 8080), std::nullopt);
+    request.headers = {{"Host", "127.0.0.1:80"}};
+    EXPECT_EQ(Screen::whyForeign(request, 80), std::nullopt);
+}
+
 TEST_F(TheScreensServer, KnowsOneMethodForEachPath)
 {
     EXPECT_EQ(client().get("/api/say").status, 405);
     EXPECT_EQ(post("/", "{}").status, 405);
     EXPECT_EQ(post("/events", "{}").status, 405);
-    EXPECT_EQ(post("/api/unknown", "{}").status, 405);
+    EXPECT_EQ(post("/api/unknown", "{}").status, 404);
+    EXPECT_EQ(post("/nothing", "{}").status, 404);
 }
 
 TEST_F(TheScreensServer, ServesPicturesOfTheirVersion)
@@ -239,7 +282,7 @@ TEST(AnEventStream, BeginsAnewForAPageThatCannotFollow)
 {
     Timeline timeline(Screen::EventStream::Beat);
     std::atomic<std::size_t> open{0};
-    Screen::EventStream stream(timeline, open);
+    Screen::EventStream stream(timeline, std::make_unique<Screen::EventStream::Seat>(open));
     std::string sent;
     httplib::DataSink sink;
     sink.write = [&sent](const char* data, std::size_t length) {

@@ -88,6 +88,33 @@ TEST(ATimeline, BoundsTheListsOfItsState)
     EXPECT_EQ(messages.back().at("number"), Timeline::MessagesKept);
 }
 
+TEST(ATimeline, BoundsTheBytesOfWhatItKeeps)
+{
+    Timeline timeline(2s);
+    const json big = {{"text", std::string(40'000, 'x')}};
+    for (int i = 0; i < 1000; ++i) {
+        timeline.put("message", big);
+        timeline.put("partner", {{"text", std::string(40'000, 'x')}, {"number", i}});
+    }
+    const Timeline::Whole whole = timeline.whole();
+    EXPECT_LT(whole.text.size(), 3 * Timeline::BytesKept);
+    const json state = json::parse(whole.text);
+    EXPECT_EQ(state.at("events").back().at("data").at("number"), 999);
+    EXPECT_GT(state.at("base").at("messages").size(), 0U);
+}
+
+TEST(ATimeline, KeepsTheLatestOfWhatIsLargerThanItKeeps)
+{
+    Timeline timeline(2s);
+    timeline.put("card", {{"text", std::string(2 * Timeline::BytesKept, 'x')}});
+    timeline.put("message", {{"text", std::string(2 * Timeline::BytesKept, 'x')}});
+    const json whole = wholeOf(timeline);
+    EXPECT_EQ(whole.at("events").size(), 0U);
+    EXPECT_EQ(whole.at("base").at("card").at("text").get<std::string>().size(), 2 * Timeline::BytesKept);
+    EXPECT_EQ(whole.at("base").at("messages").size(), 0U);
+    EXPECT_EQ(timeline.newsSince(0, 0ms).kind, Kind::TooMuch);
+}
+
 TEST(ATimeline, WritesBytesThatAreNoTextAsReplacements)
 {
     Timeline timeline(2s);
@@ -134,6 +161,8 @@ TEST(ATimeline, EndsAllWaits)
     std::thread ending([&timeline] { timeline.end(); });
     EXPECT_EQ(timeline.newsSince(0, 60s).kind, Kind::Ended);
     ending.join();
+    EXPECT_TRUE(timeline.whole().isEnded);
+    EXPECT_EQ(timeline.whole().text, "");
     timeline.put("flag", 1);
     EXPECT_EQ(timeline.newsSince(0, 60s).kind, Kind::Ended);
 }

@@ -92,20 +92,34 @@ void waitForEnd(EventLoop& loop, const Rig& rig, const StayArguments& arguments)
     loop.runUntil([&stdinEnd] { return stdinEnd && stdinEnd->closed(); });
 }
 
+// At the retailer, where nobody has said otherwise: on a page a person searches there, not the tool.
+void logIn(EventLoop& loop)
+{
+    try {
+        const LoginHold hold(loop, loginFile(), false, LoginLimit,
+                             [] { printLine("waiting for a search at the retailer to be over"); });
+    } catch (const Failure& failure) {
+        if (failure.status() == Exit::Interrupted) {
+            throw;
+        }
+        std::fprintf(stderr, "appliance: not logged in at the retailer: %s\n", failure.what());
+    }
+}
+
 }  // namespace
 
 Exit stay(const StayArguments& arguments)
 {
     const Root root = chosenRoot(arguments.root);
     EventLoop loop;
-    if (arguments.screenPort) {
-        const LoginHold loggedIn(loop, loginFile(), false, LoginLimit);  // where nobody has said otherwise
-    }
     Rig rig(loop, RootLock::claim(root),
             {root,
              {"--confirm", arguments.confirm, "--confirm-after", std::to_string(arguments.confirmAfter)},
              arguments.screenPort});
     try {
+        if (arguments.screenPort) {
+            logIn(loop);
+        }
         rig.start(printReady);
         printHowToGoOn(root, rig.screenAddress(), arguments.untilStdinCloses);
         waitForEnd(loop, rig, arguments);
