@@ -137,10 +137,11 @@ TEST_F(AMonitor, IsNotDisturbedByWhatAPeerSends)
     EXPECT_FALSE(has(output, "\xC2\x9B"));
 }
 
-TEST_F(AMonitor, EndsWithItsBus)
+TEST(AMonitorOfABus, EndsWithIt)
 {
+    PrivateBus bus;
     const auto monitor = watching({});
-    bus_.kill();
+    bus.kill();
     EXPECT_EQ(monitor->wait().status, 3);
     EXPECT_TRUE(has(monitor->errors(), "the bus of DBUS_SESSION_BUS_ADDRESS has gone away"))
         << monitor->errors();
