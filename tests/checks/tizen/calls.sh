@@ -4,7 +4,6 @@
 set -euo pipefail
 cd "$1"
 work=$2
-# shellcheck source=spec.sh
 . tests/checks/tizen/spec.sh
 
 manifest=packaging/tizen-manifest.xml

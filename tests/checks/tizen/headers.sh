@@ -4,7 +4,6 @@
 set -euo pipefail
 cd "$1"
 work=$2
-# shellcheck source=spec.sh
 . tests/checks/tizen/spec.sh
 
 spec=packaging/carvoy-service.spec
@@ -19,7 +18,6 @@ closure()
     local module
     for module in "$@"; do
         echo "$module"
-        # shellcheck disable=SC2046
         closure $(pkg-config --print-requires "$module" | awk '{ print $1 }')
     done
 }
@@ -29,7 +27,6 @@ allowed_packages()
 {
     printf '%s\n' 'libc6-dev' 'linux-libc-dev' 'libstdc\+\+-[0-9]*-dev' 'libgcc-[0-9]*-dev'
     local module
-    # shellcheck disable=SC2046
     for module in $(closure $(required_modules $spec | while read -r module; do
         if pkg-config --exists "$module"; then echo "$module"; fi
     done) | sort -u); do
@@ -57,7 +54,6 @@ all_allowed()
 command=$(sed -n 's/^ *"command": "\(.*\) -o [^ ]*Service\.cpp\.o -c .*",$/\1/p' "$build/compile_commands.json")
 compiler()
 {
-    # shellcheck disable=SC2086
     LC_ALL=C $command "$@" -x c++ -
 }
 

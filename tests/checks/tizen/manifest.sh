@@ -3,7 +3,6 @@
 set -euo pipefail
 cd "$1"
 work=$2
-# shellcheck source=spec.sh
 . tests/checks/tizen/spec.sh
 
 manifest=packaging/tizen-manifest.xml
@@ -95,6 +94,10 @@ same "the operations" "$(value '//operation/@name' | sort)" "$(answered | sort)"
 key=$(sed -n 's/^vconftool set -t int \([^ ]*\) 0 .*/\1/p' $spec)
 [ -n "$key" ] || complain "the package declares no key"
 grep -rqF "vconf_set_int(\"$key\"," service || complain "nothing writes the key $key"
+
+# The document has each privilege, and no other.
+same "the privileges" "$(value '//privilege/text()' | sed 's/.*\///' | sort)" \
+    "$(sed -n '/^| privilege /,/^$/s/^| `\([^`]*\)` .*/\1/p' docs/tizen.md | sort)"
 
 cmake_needed=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))$/\1/p' CMakeLists.txt)
 grep -qx "BuildRequires: cmake >= $cmake_needed" $spec || complain "the package does not require CMake $cmake_needed"

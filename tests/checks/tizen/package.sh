@@ -8,7 +8,6 @@ set -euo pipefail
 source_folder=$1
 host_platform=$2
 work=$3
-# shellcheck source=spec.sh
 . "$(dirname "$0")/spec.sh"
 
 spec=$source_folder/packaging/carvoy-service.spec
