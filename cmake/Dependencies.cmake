@@ -1,16 +1,7 @@
-# Every package is Debian's; the names of the packages to install stand in ./dev.
+# What the service and its utilities call besides the platform, wherever they run.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 
-pkg_check_modules(ECORE REQUIRED IMPORTED_TARGET ecore)
-pkg_check_modules(SDBUS REQUIRED IMPORTED_TARGET sdbus-c++)
-pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(CURL REQUIRED IMPORTED_TARGET libcurl)
-pkg_check_modules(JSON_GLIB REQUIRED IMPORTED_TARGET json-glib-1.0 gobject-2.0)
-pkg_check_modules(SMARTCOLS REQUIRED IMPORTED_TARGET smartcols)
-find_package(OpenSSL REQUIRED)
-pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
-pkg_check_modules(NGHTTP2 REQUIRED IMPORTED_TARGET libnghttp2)
-find_package(CLI11 REQUIRED)
-find_package(nlohmann_json REQUIRED)
+pkg_check_modules(JSON_GLIB REQUIRED IMPORTED_TARGET json-glib-1.0 gobject-2.0 glib-2.0)
