@@ -124,10 +124,12 @@ class WaitingHandlers {
         return added;
     }
 
+    // Null where it does not wait here, or no longer.
     std::unique_ptr<ReplyHandler> take(ReplyHandler* handler)
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        return std::move(handlers_.extract(handler).mapped());
+        auto found = handlers_.extract(handler);
+        return found.empty() ? nullptr : std::move(found.mapped());
     }
 
   private:
@@ -144,7 +146,9 @@ WaitingHandlers& waitingHandlers()
 void onReplyArrived(app_control_h, app_control_h answer, app_control_result_e result, void* handler)
 {
     const auto owned = waitingHandlers().take(static_cast<ReplyHandler*>(handler));
-    (*owned)(result, extrasOf(answer));
+    if (owned) {
+        (*owned)(result, extrasOf(answer));
+    }
 }
 
 int launch(app_control_h handle, ReplyHandler onReply)
