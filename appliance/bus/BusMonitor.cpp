@@ -2,22 +2,18 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <stdexcept>
-#include <system_error>
 
-#include "BusReader.h"
+#include "BusDecoding.h"
+#include "BusQuestion.h"
 #include "BusStart.h"
 #include "FdWatch.h"
-#include "Received.h"
 #include "VoiceOnBus.h"
 
 namespace Appliance {
 
 namespace {
 
-constexpr char BusName[] = "org.freedesktop.DBus";
-constexpr char BusPath[] = "/org/freedesktop/DBus";
 constexpr char MonitoringInterface[] = "org.freedesktop.DBus.Monitoring";
 constexpr char AppControlInterface[] = "org.tizen.AppControl1";
 constexpr char OwnerRule[] =
@@ -28,89 +24,9 @@ constexpr char ErrorRule[] = "type='error'";
 // Of the messages that wait, before something else has its turn on the main loop.
 constexpr int MessagesAtATime = 100;
 
-struct MessageFreer {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using MessageHandle = std::unique_ptr<sd_bus_message, MessageFreer>;
-
-class Error {
-  public:
-    Error() = default;
-    ~Error() { sd_bus_error_free(&error_); }
-    Error(const Error&) = delete;
-    Error& operator=(const Error&) = delete;
-
-    sd_bus_error* get() { return &error_; }
-    bool isSet() const { return sd_bus_error_is_set(&error_) > 0; }
-    std::string text() const { return error_.message != nullptr ? error_.message : error_.name; }
-
-  private:
-    sd_bus_error error_ = SD_BUS_ERROR_NULL;
-};
-
 std::string callRule(const char* interface)
 {
     return std::string("type='method_call',interface='") + interface + "'";
-}
-
-int required(int code, const std::string& what)
-{
-    if (code < 0) {
-        throw std::system_error(-code, std::generic_category(), what);
-    }
-    return code;
-}
-
-// Nothing where the bus answers with an error.
-template <typename... Arguments>
-MessageHandle asked(sd_bus* bus, Error& error, const char* member, const char* types, Arguments... arguments)
-{
-    sd_bus_message* answer = nullptr;
-    const int code =
-        sd_bus_call_method(bus, BusName, BusPath, BusName, member, error.get(), &answer, types, arguments...);
-    if (code < 0 && !error.isSet()) {
-        required(code, "the bus does not answer");
-    }
-    return MessageHandle(answer);
-}
-
-std::string textOf(const char* text)
-{
-    return text == nullptr ? "" : text;
-}
-
-std::string senderOf(sd_bus_message* message)
-{
-    return textOf(sd_bus_message_get_sender(message));
-}
-
-std::string destinationOf(sd_bus_message* message)
-{
-    return textOf(sd_bus_message_get_destination(message));
-}
-
-std::uint64_t cookieOf(sd_bus_message* message)
-{
-    std::uint64_t cookie = 0;
-    sd_bus_message_get_cookie(message, &cookie);
-    return cookie;
-}
-
-std::uint64_t answeredCookieOf(sd_bus_message* message)
-{
-    std::uint64_t cookie = 0;
-    sd_bus_message_get_reply_cookie(message, &cookie);
-    return cookie;
-}
-
-bool hasSignature(sd_bus_message* message, const char* signature)
-{
-    return sd_bus_message_has_signature(message, signature) > 0;
-}
-
-bool isWellKnown(const std::string& name)
-{
-    return !name.empty() && name[0] != ':' && name != BusName;
 }
 
 std::int64_t millisecondsNow()
@@ -119,64 +35,7 @@ std::int64_t millisecondsNow()
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-std::string resultName(std::int32_t result)
-{
-    switch (result) {
-        case APP_CONTROL_RESULT_SUCCEEDED:
-            return "succeeded";
-        case APP_CONTROL_RESULT_FAILED:
-            return "failed";
-        case APP_CONTROL_RESULT_CANCELED:
-            return "canceled";
-        default:
-            return "";
-    }
-}
-
-std::string errorText(sd_bus_message* answer)
-{
-    const sd_bus_error* error = sd_bus_message_get_error(answer);
-    if (error == nullptr) {
-        return {};
-    }
-    const std::string text = textOf(error->message);
-    return shortened(textOf(error->name) + (text.empty() ? "" : ": " + text));
-}
-
-Extras voiceArguments(const std::string& method, sd_bus_message* call)
-{
-    BusReader reader(call);
-    Extras extras;
-    if (method == "Result" && hasSignature(call, "iasas")) {
-        extras.texts["event"] = reader.signedText();
-        extras.lists["text"] = reader.list();
-        extras.lists["nlu"] = reader.list();
-    } else if ((method == "ClientState" || method == "ServiceState") && hasSignature(call, "i")) {
-        extras.texts["state"] = reader.signedText();
-    } else if (method == "Error" && hasSignature(call, "i")) {
-        extras.texts["reason"] = reader.signedText();
-    } else if (method == "Language" && hasSignature(call, "s")) {
-        extras.texts["language"] = reader.text();
-    }
-    return extras;
-}
-
 }  // namespace
-
-const char* nameOf(BusMessage::Kind kind)
-{
-    switch (kind) {
-        case BusMessage::Kind::Launch:
-            return "launch";
-        case BusMessage::Kind::Reply:
-            return "reply";
-        case BusMessage::Kind::Refusal:
-            return "refusal";
-        case BusMessage::Kind::Voice:
-            break;
-    }
-    return "voice";
-}
 
 BusMonitor::BusMonitor(const std::string& address, MessageHandler onMessage, AppsHandler onApp,
                        std::function<void()> onLost)
@@ -184,12 +43,13 @@ BusMonitor::BusMonitor(const std::string& address, MessageHandler onMessage, App
       onApp_(std::move(onApp)),
       onLost_(std::move(onLost)),
       bus_(startBus(address, BusRole::Monitor)),
-      processes_(address)
+      owners_(address)
 {
-    learnNames();
+    listenToOwners();
+    owners_.learn(bus_.get());
     watchAll();
-    for (const auto& owner : owners_) {
-        guarded([&] { onApp_(owner.first, true); });
+    for (const std::string& app : owners_.apps()) {
+        guarded([&] { onApp_(app, true); });
     }
     poll_.emplace(
         sd_bus_get_fd(bus_.get()), [this] { return wish(); }, [this] { work(); });
@@ -199,47 +59,24 @@ BusMonitor::~BusMonitor() = default;
 
 // The changes are asked for before the names, and wait in the connection until the main loop runs: whatever
 // changes meanwhile is told once more, and nothing is missed.
-void BusMonitor::learnNames()
+void BusMonitor::listenToOwners()
 {
-    Error ruleError;
-    Error listError;
-    asked(bus_.get(), ruleError, "AddMatch", "s", OwnerRule);
-    const MessageHandle list = asked(bus_.get(), listError, "ListNames", "");
-    char** raw = nullptr;
-    if (!list || ruleError.isSet()) {
+    BusError error;
+    askBus(bus_.get(), error, BusName, "AddMatch", "s", OwnerRule);
+    if (error.isSet()) {
         throw std::runtime_error("the bus does not tell who is on it");
-    }
-    required(sd_bus_message_read_strv(list.get(), &raw), "the bus's names cannot be read");
-    std::vector<std::string> names;
-    for (char** name = raw; raw != nullptr && *name != nullptr; std::free(*name++)) {
-        names.emplace_back(*name);
-    }
-    std::free(raw);
-    for (const std::string& name : names) {
-        const char* owner = nullptr;
-        Error gone;
-        const MessageHandle answer =
-            isWellKnown(name) ? asked(bus_.get(), gone, "GetNameOwner", "s", name.c_str()) : nullptr;
-        if (answer && sd_bus_message_read_basic(answer.get(), SD_BUS_TYPE_STRING, &owner) > 0) {
-            owners_[name] = owner;
-            names_[owner].insert(name);
-        }
     }
 }
 
 void BusMonitor::watchAll()
 {
-    Error error;
-    sd_bus_message* answer = nullptr;
-    const int code =
-        sd_bus_call_method(bus_.get(), BusName, BusPath, MonitoringInterface, "BecomeMonitor", error.get(),
-                           &answer, "asu", 5, callRule(AppControlInterface).c_str(),
-                           callRule(VoiceInterface).c_str(), OwnerRule, ReturnRule, ErrorRule, 0);
-    sd_bus_message_unref(answer);
+    BusError error;
+    askBus(bus_.get(), error, MonitoringInterface, "BecomeMonitor", "asu", 5,
+           callRule(AppControlInterface).c_str(), callRule(VoiceInterface).c_str(), OwnerRule, ReturnRule,
+           ErrorRule, 0);
     if (error.isSet()) {
         throw std::runtime_error("the bus does not let anybody watch: " + error.text());
     }
-    required(code, "the bus does not answer");
 }
 
 BusPoll::Wish BusMonitor::wish() const
@@ -269,7 +106,7 @@ int BusMonitor::workOnce()
 {
     sd_bus_message* raw = nullptr;
     const int code = sd_bus_process(bus_.get(), &raw);
-    const MessageHandle message(raw);
+    const BusMessageHandle message(raw);
     if (message) {
         guarded([&] { take(message.get()); });
     }
@@ -315,36 +152,30 @@ void BusMonitor::takeCall(sd_bus_message* call)
 void BusMonitor::takeLaunch(sd_bus_message* call)
 {
     BusMessage message = begin(BusMessage::Kind::Launch, call);
-    std::optional<std::uint32_t> requestId;
-    if (hasSignature(call, "sussa{sv}")) {
-        BusReader reader(call);
-        message.from = appOf(senderOf(call), reader.text());
-        const std::uint32_t id = reader.number();
-        requestId = id == 0 ? std::nullopt : std::optional<std::uint32_t>(id);
-        message.operation = reader.text();
-        message.uri = reader.text();
-        message.extras = reader.extras();
+    LaunchArguments launch = launchArguments(call).value_or(LaunchArguments());
+    message.from = owners_.appOf(senderOf(call), launch.claimed);
+    message.operation = std::move(launch.operation);
+    message.uri = std::move(launch.uri);
+    message.extras = std::move(launch.extras);
+    if (launch.requestId) {
+        launches_.put({senderOf(call), *launch.requestId}, {message.number, message.operation, message.from,
+                                                            owners_.connectionOf(destinationOf(call))});
     }
-    if (requestId) {
-        launches_.put({senderOf(call), *requestId},
-                      {message.number, message.operation, message.from, connectionOf(destinationOf(call))});
-    }
-    show(message, call, requestId);
+    show(message, call, launch.requestId);
 }
 
 void BusMonitor::takeReply(sd_bus_message* call)
 {
     BusMessage message = begin(BusMessage::Kind::Reply, call);
-    if (hasSignature(call, "uia{sv}")) {
-        BusReader reader(call);
-        const Launch* launch = launches_.find({connectionOf(destinationOf(call)), reader.number()});
+    if (auto reply = replyArguments(call)) {
+        const Launch* launch = launches_.find({owners_.connectionOf(destinationOf(call)), reply->requestId});
         if (launch != nullptr && launch->receiver == senderOf(call)) {
             message.answers = launch->number;
             message.operation = launch->operation;
             message.to = launch->from;
         }
-        message.result = resultName(reader.signedNumber());
-        message.extras = reader.extras();
+        message.result = std::move(reply->result);
+        message.extras = std::move(reply->extras);
     }
     show(message, call);
 }
@@ -352,8 +183,8 @@ void BusMonitor::takeReply(sd_bus_message* call)
 void BusMonitor::takeVoice(sd_bus_message* call)
 {
     BusMessage message = begin(BusMessage::Kind::Voice, call);
-    message.operation = textOf(sd_bus_message_get_member(call));
-    message.extras = voiceArguments(message.operation, call);
+    message.operation = memberOf(call);
+    message.extras = voiceArguments(call);
     show(message, call);
 }
 
@@ -381,7 +212,7 @@ void BusMonitor::takeError(sd_bus_message* answer)
     BusMessage message = begin(BusMessage::Kind::Refusal, answer);
     message.to = call->from;
     message.operation = call->operation;
-    message.error = errorText(answer);
+    message.error = errorOf(answer);
     message.answers = call->number;
     if (launchOf(key.first, *call) != nullptr) {
         launches_.remove({key.first, *call->requestId});
@@ -392,12 +223,14 @@ void BusMonitor::takeError(sd_bus_message* answer)
 
 void BusMonitor::takeSignal(sd_bus_message* signal)
 {
-    const char* name = nullptr;
-    const char* before = nullptr;
-    const char* now = nullptr;
-    if (sd_bus_message_is_signal(signal, BusName, "NameOwnerChanged") > 0 && senderOf(signal) == BusName &&
-        sd_bus_message_read(signal, "sss", &name, &before, &now) > 0) {
-        changeOwner(name, before, now);
+    const auto change = ownerChangeOf(signal);
+    if (!change) {
+        return;
+    }
+    if (!BusOwners::isApp(change->name)) {
+        change->now.empty() ? forgetConnection(change->name) : void();
+    } else if (const auto isThere = owners_.change(*change)) {
+        onApp_(change->name, *isThere);
     }
 }
 
@@ -414,8 +247,8 @@ BusMessage BusMonitor::begin(BusMessage::Kind kind, sd_bus_message* message)
     begun.number = ++lastNumber_;
     begun.at = millisecondsNow();
     begun.kind = kind;
-    begun.from = appOf(senderOf(message));
-    begun.to = appOf(destinationOf(message));
+    begun.from = owners_.appOf(senderOf(message));
+    begun.to = owners_.appOf(destinationOf(message));
     return begun;
 }
 
@@ -426,74 +259,13 @@ void BusMonitor::show(const BusMessage& message, sd_bus_message* call, std::opti
     onMessage_(message);
 }
 
-void BusMonitor::changeOwner(const std::string& name, const std::string& before, const std::string& now)
-{
-    if (!isWellKnown(name)) {
-        now.empty() ? forgetConnection(name) : void();
-        return;
-    }
-    const bool wasThere = owners_.count(name) > 0;
-    disown(name, before);
-    if (!now.empty()) {
-        owners_[name] = now;
-        names_[now].insert(name);
-    }
-    if (wasThere == now.empty()) {
-        onApp_(name, !now.empty());
-    }
-}
-
-void BusMonitor::disown(const std::string& name, const std::string& owner)
-{
-    owners_.erase(name);
-    const auto names = names_.find(owner);
-    if (names != names_.end()) {
-        names->second.erase(name);
-        names->second.empty() ? (void)names_.erase(names) : void();
-    }
-}
-
 // Nothing is sent to it any more.
 void BusMonitor::forgetConnection(const std::string& connection)
 {
-    processes_.forget(connection);
+    owners_.forget(connection);
     const auto isIts = [&connection](const auto& key) { return key.first == connection; };
     calls_.removeRange({connection, 0}, isIts);
     launches_.removeRange({connection, 0}, isIts);
-}
-
-std::string BusMonitor::appOf(const std::string& name, const std::string& claimed)
-{
-    const auto names = names_.find(name);
-    if (names != names_.end()) {
-        return names->second.count(claimed) > 0 ? claimed : *names->second.begin();
-    }
-    if (!claimed.empty()) {
-        return claimed;
-    }
-    const std::string app = name.rfind(':', 0) == 0 ? appOfProcess(processes_.processOf(name)) : "";
-    return app.empty() ? name : app;
-}
-
-// Empty where the process is none's, or that of several.
-std::string BusMonitor::appOfProcess(std::optional<std::uint32_t> process)
-{
-    std::string app;
-    for (const auto& [name, connection] : owners_) {
-        if (process && processes_.processOf(connection) == process) {
-            if (!app.empty()) {
-                return {};
-            }
-            app = name;
-        }
-    }
-    return app;
-}
-
-std::string BusMonitor::connectionOf(const std::string& name) const
-{
-    const auto owner = owners_.find(name);
-    return owner == owners_.end() ? name : owner->second;
 }
 
 }  // namespace Appliance

@@ -6,49 +6,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "BusMessage.h"
+#include "BusOwners.h"
 #include "BusPoll.h"
-#include "BusProcesses.h"
-#include "Message.h"
 #include "Recent.h"
 
 namespace Appliance {
-
-// What is too long in it is cut: a text to what Appliance::shortened() leaves, all together as BusReader
-// says.
-struct BusMessage {
-    enum class Kind {
-        Launch,   // a request
-        Reply,    // what a receiver says to a request
-        Refusal,  // an error in answer to one of the others, which was not delivered
-        Voice,    // a call to a client of voice control
-    };
-
-    std::uint64_t number = 0;  // counts all messages from 1
-    std::int64_t at = 0;       // milliseconds since 1970
-    Kind kind = Kind::Launch;
-    // App ids: the name that the connection owns; of one that owns none what it claims to be (`caller`), else
-    // the one app that lives in its process, else its unique bus name. What the bus itself refuses comes from
-    // org.freedesktop.DBus.
-    std::string from;
-    std::string to;
-    std::string operation;      // of a launch; the method of a voice call; else that of what is answered
-    std::string uri;            // of a launch
-    Extras extras;              // of a voice call its arguments by name; numbers are decimal texts
-    std::string result;         // of a reply: "succeeded", "failed" or "canceled", "" for another number
-    std::string error;          // of a refusal: the error's name, and ": " and its text where it has one
-    std::uint64_t answers = 0;  // the message that a reply or refusal answers; 0: not known
-};
-
-// In words: "launch", "reply", "refusal", "voice".
-const char* nameOf(BusMessage::Kind kind);
 
 // Main loop only, while Ecore is initialised. It only listens: it answers nothing, and the bus does not let
 // it send. The handlers are called from the main loop, in the order in which the bus passes the messages on;
@@ -64,7 +32,7 @@ class BusMonitor {
     static constexpr std::size_t MostRemembered = 4096;
 
     using MessageHandler = std::function<void(const BusMessage&)>;
-    // Whether somebody owns the name from now on. Every well-known name counts as an app's but the bus's own.
+    // Whether somebody owns the name from now on.
     using AppsHandler = std::function<void(const std::string& appId, bool isThere)>;
 
     // Tells of the apps that are there before it returns. Waits for the bus's answers. `onLost` is called
@@ -100,7 +68,7 @@ class BusMonitor {
     using CallKey = std::pair<std::string, std::uint64_t>;    // connection, its message's cookie
     using LaunchKey = std::pair<std::string, std::uint32_t>;  // connection, request id
 
-    void learnNames();
+    void listenToOwners();
     void watchAll();
 
     BusPoll::Wish wish() const;
@@ -121,22 +89,14 @@ class BusMonitor {
     void show(const BusMessage& message, sd_bus_message* call, std::optional<std::uint32_t> requestId = {});
     Launch* launchOf(const std::string& connection, const Call& call);
 
-    void changeOwner(const std::string& name, const std::string& before, const std::string& now);
-    void disown(const std::string& name, const std::string& owner);
     void forgetConnection(const std::string& connection);
-    // Both give back a name for which they know nothing else.
-    std::string appOf(const std::string& name, const std::string& claimed = "");
-    std::string connectionOf(const std::string& name) const;
-    std::string appOfProcess(std::optional<std::uint32_t> process);
 
     MessageHandler onMessage_;
     AppsHandler onApp_;
     std::function<void()> onLost_;
     std::unique_ptr<sd_bus, Closer> bus_;
-    BusProcesses processes_;
+    BusOwners owners_;
     std::uint64_t lastNumber_ = 0;
-    std::map<std::string, std::string> owners_;           // well-known name, connection
-    std::map<std::string, std::set<std::string>> names_;  // the other way round
     Recent<CallKey, Call> calls_{MostRemembered};
     Recent<LaunchKey, Launch> launches_{MostRemembered};
     std::optional<BusPoll> poll_;

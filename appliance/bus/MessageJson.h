@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "BusMonitor.h"
+#include "BusMessage.h"
 
 namespace Appliance {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "BusMonitor.h"
+#include "BusMessage.h"
 #include "Terminal.h"
 
 namespace Tool {

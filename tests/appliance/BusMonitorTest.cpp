@@ -1,101 +1,24 @@
-#include "BusMonitor.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <stdexcept>
-#include <system_error>
+// What a monitor of the bus shows of the messages that pass.
 #include <tuple>
 
+#include "BusMonitorFixture.h"
 #include "BusReader.h"
-#include "EventLoop.h"
-#include "FdWatch.h"
-#include "PrivateBus.h"
-#include "RawPeer.h"
 #include "Received.h"
 
 namespace {
 
+using namespace ApplianceTest;
 using Appliance::BusMessage;
 using Appliance::BusMonitor;
 using Appliance::BusReader;
 using Appliance::TextList;
-using TestSupport::PrivateBus;
 using TestSupport::RawMessage;
 using TestSupport::RawPeer;
 using Kind = BusMessage::Kind;
-using Presence = std::pair<std::string, bool>;
 
 constexpr char InvalidArgs[] = "org.freedesktop.DBus.Error.InvalidArgs";
-constexpr char Receiver[] = "org.example.receiver";
-constexpr char Sender[] = "org.example.sender";
-constexpr char Operation[] = "http://example.org/operation/look";
 constexpr char AppControlPath[] = "/org/tizen/AppControl";
 constexpr char AppControlInterface[] = "org.tizen.AppControl1";
-constexpr char VoicePath[] = "/org/tizen/VoiceControl";
-constexpr char VoiceInterface[] = "org.tizen.VoiceControl1";
-
-class ABusMonitor : public testing::Test {
-  protected:
-    explicit ABusMonitor(const PrivateBus::Options& options = {}) : bus_(options) {}
-
-    void watch()
-    {
-        monitor_.emplace(
-            bus_.address(), [this](const BusMessage& message) { messages_.push_back(message); },
-            [this](const std::string& app, bool isThere) { apps_.emplace_back(app, isThere); },
-            [this] { ++lost_; });
-    }
-
-    bool waitUntil(const std::function<bool()>& done)
-    {
-        return loop_.runUntil(done, TestSupport::Patience) == Tool::EventLoop::Outcome::Done;
-    }
-
-    // Also that no more messages than these have passed.
-    bool waitForMessages(std::size_t count)
-    {
-        const RawPeer last("org.example.last");
-        const bool came = waitForApp("org.example.last", true);
-        EXPECT_EQ(messages_.size(), count);
-        return came && messages_.size() == count;
-    }
-
-    bool waitForApp(const std::string& app, bool isThere)
-    {
-        return waitUntil(
-            [&] { return std::find(apps_.begin(), apps_.end(), Presence(app, isThere)) != apps_.end(); });
-    }
-
-    // A bare call, of any form. Gives the name of the error that it is answered with.
-    template <typename... Arguments>
-    static std::string call(const std::string& to, const char* path, const char* interface,
-                            const char* method, const Arguments&... arguments)
-    {
-        const auto connection = sdbus::createSessionBusConnection();
-        return callOver(*connection, to, path, interface, method, arguments...);
-    }
-
-    template <typename... Arguments>
-    static std::string callOver(sdbus::IConnection& connection, const std::string& to, const char* path,
-                                const char* interface, const char* method, const Arguments&... arguments)
-    {
-        const auto proxy = sdbus::createProxy(connection, to, path);
-        try {
-            proxy->callMethod(method).onInterface(interface).withArguments(arguments...);
-        } catch (const sdbus::Error& error) {
-            return error.getName();
-        }
-        return "";
-    }
-
-    Tool::EventLoop loop_;
-    PrivateBus bus_;
-    std::vector<BusMessage> messages_;
-    std::vector<Presence> apps_;
-    int lost_ = 0;
-    std::optional<BusMonitor> monitor_;
-};
 
 TEST_F(ABusMonitor, ShowsALaunchAsItWasSent)
 {
@@ -120,23 +43,6 @@ TEST_F(ABusMonitor, ShowsALaunchAsItWasSent)
     EXPECT_EQ(launch.extras.lists, (std::map<std::string, TextList>{{"key_names", names}}));
     EXPECT_EQ(launch.result + launch.error, "");
     EXPECT_EQ(launch.answers, 0U);
-}
-
-TEST_F(ABusMonitor, BelievesTheBusAboutTheSender)
-{
-    RawPeer sender(Sender);
-    RawPeer nobody;
-    RawPeer receiver(Receiver);
-    watch();
-    sender.launch(Receiver, Operation, 0, {}, "org.example.somebody.else");
-    nobody.launch(Receiver, Operation, 0, {}, "org.example.claimed");
-    nobody.launch(Receiver, Operation, 0, {}, "");
-    nobody.launch(receiver.uniqueName(), Operation, 0, {}, "");
-    ASSERT_TRUE(waitForMessages(4));
-    EXPECT_EQ(messages_[0].from, Sender);
-    EXPECT_EQ(messages_[1].from, "org.example.claimed");
-    EXPECT_EQ(messages_[2].from, nobody.uniqueName());
-    EXPECT_EQ(messages_[3].to, Receiver);
 }
 
 TEST_F(ABusMonitor, PairsAReplyWithItsLaunch)
@@ -166,17 +72,6 @@ TEST_F(ABusMonitor, PairsAReplyWithItsLaunch)
     EXPECT_EQ(whatAndHow(3), std::tuple(1U, "first", "succeeded"));
     EXPECT_EQ(whatAndHow(4), std::tuple(1U, "first", "canceled"));
     EXPECT_EQ(whatAndHow(5), std::tuple(1U, "first", ""));
-}
-
-TEST_F(ABusMonitor, TellsWhoASenderWithoutANameClaimedToBeInTheReplyToo)
-{
-    RawPeer nobody;
-    RawPeer receiver(Receiver);
-    watch();
-    nobody.launch(Receiver, Operation, 7, {}, "org.example.claimed");
-    receiver.reply(nobody.uniqueName(), 7);
-    ASSERT_TRUE(waitForMessages(2));
-    EXPECT_EQ(messages_[1].to, "org.example.claimed");
 }
 
 TEST_F(ABusMonitor, PairsNoReplyOfAnotherConnectionOrOfAnotherRequest)
@@ -264,24 +159,6 @@ TEST_F(ABusMonitor, ShowsARefusedReply)
     EXPECT_EQ(messages_[0].to, ":7.7");
     EXPECT_EQ(messages_[1].answers, 1U);
     EXPECT_EQ(messages_[1].to, Receiver);
-}
-
-TEST_F(ABusMonitor, KnowsTheAppOfAnotherConnectionOfItsProcess)
-{
-    const RawPeer app(Sender);
-    watch();
-    const auto second = sdbus::createSessionBusConnection();
-    const auto speak = [&second] {
-        callOver(*second, "org.example.nobody", VoicePath, VoiceInterface, "Error", std::int32_t{1});
-    };
-    speak();
-    ASSERT_TRUE(waitUntil([this] { return messages_.size() == 2; }));
-    EXPECT_EQ(messages_[0].from, Sender);
-    EXPECT_EQ(messages_[1].to, Sender);
-    const RawPeer another("org.example.another");
-    speak();
-    ASSERT_TRUE(waitForMessages(4));
-    EXPECT_EQ(messages_[2].from, second->getUniqueName()) << "which of the two cannot be told";
 }
 
 TEST_F(ABusMonitor, ShowsVoiceCallsWithTheirArguments)
@@ -398,33 +275,6 @@ TEST_F(ABusMonitor, CutsWhatIsTooMuch)
     EXPECT_EQ(messages_[2].extras.texts, (std::map<std::string, std::string>{{"…", "…"}}));
 }
 
-TEST_F(ABusMonitor, TellsWhichAppsAreThere)
-{
-    const RawPeer early("org.example.early");
-    const RawPeer nobody;
-    watch();
-    EXPECT_EQ(apps_, (std::vector<Presence>{{"org.example.early", true}}));
-    {
-        const RawPeer late("org.example.late");
-        EXPECT_TRUE(waitForApp("org.example.late", true));
-    }
-    EXPECT_TRUE(waitForApp("org.example.late", false));
-    EXPECT_EQ(apps_.size(), 3U);
-}
-
-TEST_F(ABusMonitor, KnowsAnAppThatCameBackUnderItsNewConnection)
-{
-    auto receiver = std::make_unique<RawPeer>(Receiver);
-    RawPeer sender(Sender);
-    watch();
-    receiver.reset();
-    ASSERT_TRUE(waitForApp(Receiver, false));
-    receiver = std::make_unique<RawPeer>(Receiver);
-    receiver->launch(Sender, Operation);
-    ASSERT_TRUE(waitForMessages(1));
-    EXPECT_EQ(messages_[0].from, Receiver);
-}
-
 TEST_F(ABusMonitor, ShowsABurstInItsOrder)
 {
     constexpr std::size_t count = 2000;
@@ -456,70 +306,6 @@ TEST_F(ABusMonitor, ForgetsTheOldestOfTooManyLaunches)
     ASSERT_TRUE(waitForMessages(count + 2));
     EXPECT_EQ(messages_[count].answers, 0U);
     EXPECT_EQ(messages_[count + 1].answers, 2U);
-}
-
-TEST_F(ABusMonitor, TellsOnceThatTheBusHasGone)
-{
-    watch();
-    bus_.kill();
-    EXPECT_TRUE(waitUntil([this] { return lost_ > 0; }));
-    int turns = 0;
-    const Appliance::Ticker turn(std::chrono::milliseconds(0), [&turns] { ++turns; });
-    EXPECT_TRUE(waitUntil([&turns] { return turns > 10; }));
-    EXPECT_EQ(lost_, 1);
-}
-
-TEST_F(ABusMonitor, KeepsWhatAHandlerThrows)
-{
-    RawPeer sender(Sender);
-    RawPeer receiver(Receiver);
-    int shown = 0;
-    const BusMonitor monitor(
-        bus_.address(),
-        [&](const BusMessage&) {
-            ++shown;
-            throw std::runtime_error("no");
-        },
-        [](const std::string&, bool) {}, [] {});
-    sender.launch(Receiver, Operation);
-    EXPECT_THROW(loop_.runUntil([] { return false; }, TestSupport::Patience), std::runtime_error);
-    sender.launch(Receiver, Operation);
-    EXPECT_THROW(loop_.runUntil([] { return false; }, TestSupport::Patience), std::runtime_error);
-    EXPECT_EQ(shown, 2);
-    EXPECT_EQ(Appliance::takeCallbackError(), nullptr);
-}
-
-TEST_F(ABusMonitor, NeedsABus)
-{
-    bus_.kill();
-    EXPECT_THROW(watch(), std::system_error);
-}
-
-class ASecretiveBus : public ABusMonitor {
-  protected:
-    static PrivateBus::Options secretive()
-    {
-        PrivateBus::Options options;
-        options.policy =
-            "<deny send_destination=\"org.freedesktop.DBus\""
-            " send_interface=\"org.freedesktop.DBus.Monitoring\"/>";
-        return options;
-    }
-
-    ASecretiveBus() : ABusMonitor(secretive()) {}
-};
-
-TEST_F(ASecretiveBus, CannotBeWatched)
-{
-    try {
-        watch();
-        ADD_FAILURE();
-    } catch (const std::system_error& error) {
-        ADD_FAILURE() << error.what();
-    } catch (const std::runtime_error& error) {
-        EXPECT_EQ(std::string(error.what()).rfind("the bus does not let anybody watch: ", 0), 0U);
-    }
-    EXPECT_TRUE(apps_.empty());
 }
 
 }  // namespace
