@@ -1,6 +1,7 @@
 #include "LogFollower.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,15 +31,15 @@ std::string headAt(const std::string& block, std::size_t start)
 }  // namespace
 
 LogFollower::LogFollower(const std::filesystem::path& file, std::uintmax_t offset, LineHandler onLine)
-    : file_(file),
-      onLine_(std::move(onLine)),
-      offset_(offset),
-      watch_(file.parent_path(), [this](const std::string& name) {
+    : file_(file), onLine_(std::move(onLine)), watch_(file.parent_path(), [this](const std::string& name) {
           if (name.empty() || name == file_.filename()) {
               readOn();
           }
       })
 {
+    if (reopen()) {
+        offset_ = offset;
+    }
 }
 
 LogFollower::~LogFollower()
@@ -48,29 +49,86 @@ LogFollower::~LogFollower()
     }
 }
 
-bool LogFollower::openFile()
-{
-    if (fd_ < 0) {
-        fd_ = open(file_.c_str(), O_RDONLY | O_CLOEXEC);
-    }
-    return fd_ >= 0;
-}
-
+// Nobody writes to the old file any more once its writer has opened the new one: it is read to its end after
+// the new one was seen.
 void LogFollower::readOn()
 {
-    if (!openFile()) {
-        return;
+    const bool replaced = isReplaced();
+    startOverWhereItIsShorter();
+    readToEnd();
+    if (replaced && reopen()) {
+        startOver();
+        readToEnd();
     }
+}
+
+// The old file's number is nobody else's as long as it is open here.
+bool LogFollower::isReplaced() const
+{
+    struct stat named {};
+    struct stat opened {};
+    if (stat(file_.c_str(), &named) != 0) {
+        return false;
+    }
+    return fstat(fd_, &opened) != 0 || named.st_dev != opened.st_dev || named.st_ino != opened.st_ino;
+}
+
+bool LogFollower::reopen()
+{
+    const int fd = open(file_.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    if (fd_ >= 0) {
+        close(fd_);
+    }
+    fd_ = fd;
+    return true;
+}
+
+void LogFollower::startOverWhereItIsShorter()
+{
+    struct stat opened {};
+    if (fstat(fd_, &opened) == 0 && static_cast<std::uintmax_t>(opened.st_size) < offset_) {
+        startOver();
+    }
+}
+
+void LogFollower::startOver()
+{
+    offset_ = 0;
+    if (!rest_.empty()) {
+        handOut();
+    }
+}
+
+void LogFollower::readToEnd()
+{
     char buffer[8192];
     for (ssize_t length = 0; (length = pread(fd_, buffer, sizeof buffer, static_cast<off_t>(offset_))) > 0;) {
-        offset_ += static_cast<std::uintmax_t>(length);
-        rest_.append(buffer, static_cast<std::size_t>(length));
-        for (std::size_t end = 0; (end = rest_.find('\n')) != std::string::npos;) {
-            const std::string line = rest_.substr(0, end);
-            rest_.erase(0, end + 1);
-            onLine_(line);
+        take(buffer, buffer + length);
+    }
+}
+
+// Moves on line by line, so that nothing is lost or comes twice when a handler throws.
+void LogFollower::take(const char* begin, const char* end)
+{
+    while (begin != end) {
+        const char* newline = std::find(begin, end, '\n');
+        const auto length = static_cast<std::size_t>(newline - begin);
+        rest_.append(begin, std::min(length, MostLineBytes - rest_.size()));
+        begin = newline == end ? end : newline + 1;
+        offset_ += length + (newline == end ? 0 : 1);
+        if (newline != end) {
+            handOut();
         }
     }
+}
+
+void LogFollower::handOut()
+{
+    const std::string line = std::exchange(rest_, {});
+    onLine_(line);
 }
 
 std::uintmax_t endOf(const std::filesystem::path& file)

@@ -1,6 +1,8 @@
 // Reads a growing file line by line.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -10,25 +12,42 @@
 namespace Appliance {
 
 // Main loop only. The file may appear later; its folder must exist.
+//
+// Where another file has taken the name, it goes on at that one's start, after what the old one has until
+// then. Where the file has become shorter than what was read of it, it starts over; one that has grown past
+// that place again before anybody looked passes for the same. A line without its end is handed out as it is
+// when that happens.
 class LogFollower {
   public:
+    // What a line may have, without its newline; of a longer one the rest is left out. The cut may lie within
+    // a character. It keeps no more than that in memory.
+    static constexpr std::size_t MostLineBytes = 1'048'576;
+
     using LineHandler = std::function<void(const std::string& line)>;
 
-    // From the byte `offset` on. Lines that are there already come with the first readOn() or change.
+    // From the byte `offset` on, or from the start of a file that is not there yet. Lines that are there
+    // already come with the first readOn() or change. Throws std::system_error where the folder is not there.
     LogFollower(const std::filesystem::path& file, std::uintmax_t offset, LineHandler onLine);
     ~LogFollower();
     LogFollower(const LogFollower&) = delete;
     LogFollower& operator=(const LogFollower&) = delete;
 
-    // Hands out every whole line written so far.
+    // Hands out every whole line written so far. What the handler throws comes out of it, and the next call
+    // goes on behind that line.
     void readOn();
 
   private:
-    bool openFile();
+    bool isReplaced() const;
+    bool reopen();
+    void startOverWhereItIsShorter();
+    void readToEnd();
+    void take(const char* begin, const char* end);
+    void handOut();
+    void startOver();
 
     std::filesystem::path file_;
     LineHandler onLine_;
-    std::uintmax_t offset_;
+    std::uintmax_t offset_ = 0;
     int fd_ = -1;
     std::string rest_;  // a line without its end yet
     FolderWatch watch_;

@@ -110,6 +110,20 @@ TEST_F(ALog, IsFollowedThroughAFilter)
     EXPECT_EQ(log.wait().status, 0) << log.errors();
 }
 
+TEST_F(ALog, IsFollowedIntoTheNextOne)
+{
+    ChildProcess log({APPLIANCE_TOOL, "log", "--root", root_, "-f", "-n", "1"});
+    ASSERT_TRUE(log.waitForOutput("six\n")) << log.errors();
+    std::filesystem::rename(file_, file_ + ".1");
+    write("seven, a line of the next log\n");
+    ASSERT_TRUE(log.waitForOutput("seven, a line of the next log\n")) << log.errors();
+    std::filesystem::resize_file(file_, 0);
+    write("eight\n");
+    ASSERT_TRUE(log.waitForOutput("eight\n")) << log.errors();
+    log.signal(SIGINT);
+    EXPECT_EQ(log.wait().status, 0) << log.errors();
+}
+
 TEST_F(ALog, IsAnObjectOnEachLineInJson)
 {
     const Ended log = tool({"log", "--root", root_, "--json", "-n", "5"});

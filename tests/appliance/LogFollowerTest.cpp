@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <stdexcept>
 
 #include "EventLoop.h"
 #include "Patience.h"
@@ -64,6 +65,92 @@ TEST_F(ALogFollower, HandsOutALineWhenItIsWhole)
     write(" and half\n\n");
     follower.readOn();
     EXPECT_EQ(lines_, (Lines{"half and half", ""}));
+}
+
+TEST_F(ALogFollower, StartsOverWhereTheFileIsCut)
+{
+    write("one\ntwo\nhalf");
+    Appliance::LogFollower follower(file_, 4, keep());
+    follower.readOn();
+    std::filesystem::resize_file(file_, 0);
+    write("new\n");
+    ASSERT_TRUE(waitForLines(3));
+    EXPECT_EQ(lines_, (Lines{"two", "half", "new"}));
+    write("newer\n");
+    ASSERT_TRUE(waitForLines(4));
+    EXPECT_EQ(lines_.back(), "newer");
+}
+
+TEST_F(ALogFollower, GoesOnWithTheFileThatTakesTheName)
+{
+    write("one\n");
+    Appliance::LogFollower follower(file_, 0, keep());
+    follower.readOn();
+    const std::string old = file_.string() + ".1";
+    std::filesystem::rename(file_, old);
+    std::ofstream(old, std::ios::app) << "the old one's last\nhalf";
+    write("the new one's first, longer than all of the old one's\n");
+    ASSERT_TRUE(waitForLines(4));
+    EXPECT_EQ(lines_, (Lines{"one", "the old one's last", "half",
+                             "the new one's first, longer than all of the old one's"}));
+    write("second\n");
+    ASSERT_TRUE(waitForLines(5));
+    EXPECT_EQ(lines_.back(), "second");
+}
+
+TEST_F(ALogFollower, GoesOnWithAFileThatIsMovedInPlace)
+{
+    write("old\n");
+    Appliance::LogFollower follower(file_, Appliance::endOf(file_), keep());
+    const std::string next = file_.string() + ".next";
+    std::ofstream(next) << "new\n";
+    std::filesystem::rename(next, file_);
+    ASSERT_TRUE(waitForLines(1));
+    EXPECT_EQ(lines_, Lines{"new"});
+}
+
+TEST_F(ALogFollower, KeepsToTheOldFileUntilThereIsANewOne)
+{
+    write("one\n");
+    Appliance::LogFollower follower(file_, 0, keep());
+    std::filesystem::remove(file_);
+    follower.readOn();
+    EXPECT_EQ(lines_, Lines{"one"});
+    write("two\n");
+    follower.readOn();
+    EXPECT_EQ(lines_, (Lines{"one", "two"}));
+}
+
+TEST_F(ALogFollower, CutsALineThatIsTooLong)
+{
+    const std::string longest(Appliance::LogFollower::MostLineBytes, 'x');
+    Appliance::LogFollower follower(file_, 0, keep());
+    write(longest + "\n" + longest + "y");
+    follower.readOn();
+    write(longest);
+    follower.readOn();
+    EXPECT_EQ(lines_.size(), 1U);
+    write("\nnext\n");
+    follower.readOn();
+    ASSERT_EQ(lines_.size(), 3U);
+    EXPECT_TRUE(lines_[0] == longest);
+    EXPECT_TRUE(lines_[1] == longest) << lines_[1].size();
+    EXPECT_EQ(lines_[2], "next");
+}
+
+TEST_F(ALogFollower, GoesOnBehindALineThatItsHandlerThrewAt)
+{
+    write("one\ntwo\nthree\n");
+    Appliance::LogFollower follower(file_, 0, [this](const std::string& line) {
+        lines_.push_back(line);
+        if (line == "two") {
+            throw std::runtime_error("no");
+        }
+    });
+    EXPECT_THROW(follower.readOn(), std::runtime_error);
+    EXPECT_EQ(lines_, (Lines{"one", "two"}));
+    follower.readOn();
+    EXPECT_EQ(lines_, (Lines{"one", "two", "three"}));
 }
 
 TEST_F(ALogFollower, StartsAtTheLastLines)
