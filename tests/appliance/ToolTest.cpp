@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "ChildProcess.h"
+#include "EventListener.h"
 #include "PrivateBus.h"
 #include "ScratchRoot.h"
 #include "ToolFixture.h"
@@ -272,6 +273,22 @@ class AnApplianceWithItsScreen : public testing::Test {
                                           : output.substr(start, output.find_first_of(" \n", start) - start);
     }
 
+    int port() const { return std::stoi(address().substr(std::string("http://127.0.0.1:").size())); }
+
+    // To the end of the tool, and of all that it started.
+    void interrupt()
+    {
+        std::ifstream in(root_ + "/session.json");
+        const std::map<std::string, pid_t> processes = nlohmann::json::parse(in)["processes"];
+        EXPECT_EQ(processes.size(), 8U);
+        tool_->signal(SIGINT);
+        EXPECT_EQ(tool_->wait().status, 0) << tool_->errors();
+        EXPECT_EQ(tool_->errors(), "");
+        for (const auto& [name, pid] : processes) {
+            EXPECT_TRUE(endsInTime(pid)) << name;
+        }
+    }
+
     std::string root_;
     std::unique_ptr<ChildProcess> tool_;
 };
@@ -280,25 +297,26 @@ TEST_F(AnApplianceWithItsScreen, SaysWhereThatIsAndLeavesNothingRunning)
 {
     show();
     EXPECT_EQ(count(tool_->output(), address()), 2U) << tool_->output();
-    std::ifstream in(root_ + "/session.json");
-    const std::map<std::string, pid_t> processes = nlohmann::json::parse(in)["processes"];
-    EXPECT_EQ(processes.size(), 8U);
-    tool_->signal(SIGINT);
-    EXPECT_EQ(tool_->wait().status, 0) << tool_->errors();
-    EXPECT_EQ(tool_->errors(), "");
-    for (const auto& [name, pid] : processes) {
-        EXPECT_TRUE(endsInTime(pid)) << name;
-    }
+    interrupt();
+}
+
+TEST_F(AnApplianceWithItsScreen, EndsWellWhileAPageIsOpen)
+{
+    show();
+    ApplianceTest::HttpClient client("127.0.0.1", port());
+    client.headers = {"Host: 127.0.0.1:" + std::to_string(port())};
+    ApplianceTest::EventListener page(client);
+    ASSERT_TRUE(page.waitFor("event: "));
+    interrupt();
 }
 
 TEST_F(AnApplianceWithItsScreen, SaysWhereItsPortIsTaken)
 {
     show();
-    const std::string port =
-        std::to_string(std::stoi(address().substr(std::string("http://127.0.0.1:").size())));
-    const Ended second = tool({"screen", "--root", ScratchRoot::file("second"), "--port", port});
+    const std::string taken = std::to_string(port());
+    const Ended second = tool({"screen", "--root", ScratchRoot::file("second"), "--port", taken});
     EXPECT_EQ(second.status, 1);
-    EXPECT_TRUE(has(second.errors, "cannot listen on 127.0.0.1 port " + port)) << second.errors;
+    EXPECT_TRUE(has(second.errors, "cannot listen on 127.0.0.1 port " + taken)) << second.errors;
     EXPECT_EQ(tool({"screen", "--port", "65536"}).status, 2);
 }
 
