@@ -18,7 +18,7 @@ class PrivateBus {
     struct Options {
         std::string serviceFolder;                // where activation files lie; empty: none
         std::chrono::milliseconds replyLimit{0};  // the bus itself gives up on a call; 0: never
-        std::string policy;                       // rules that come last, as in a bus configuration
+        std::string policy{};                     // rules that come last, as in a bus configuration
     };
 
     /** Throws std::runtime_error where the bus does not start. */
