@@ -75,8 +75,8 @@ Verdict SearchWitness::verdictOn(const Ui::CardContent& card,
         return {Outcome::Found, {}};
     }
     const Errors& errors = answered_.at(static_cast<std::size_t>(card.source));
-    const bool foundNone =
-        std::all_of(errors.begin(), errors.end(), [](const std::string& error) { return error == NoProducts; });
+    const bool foundNone = std::all_of(errors.begin(), errors.end(),
+                                       [](const std::string& error) { return error == NoProducts; });
     if (!foundNone) {
         return {Outcome::Failed, errors};
     }

@@ -20,9 +20,9 @@ struct Verdict {
     std::vector<std::string> reasons;  // of a failure, in the services' own words, at most ReasonsKept
 };
 
-// Follows what the services log of their requests. Each of their processes takes one request after the other on
-// its main thread: what it says of errors while it searches belongs to the lists that it sends next.
-// Used by one thread at a time.
+// Follows what the services log of their requests. Each of their processes takes one request after the other
+// on its main thread: what it says of errors while it searches belongs to the lists that it sends next. Used
+// by one thread at a time.
 class SearchWitness {
   public:
     static constexpr std::size_t ReasonsKept = 10;
@@ -32,15 +32,16 @@ class SearchWitness {
     void note(const Appliance::LogLine& line);
 
     // On the lists that were shown last, once the lines from before they were sent are noted.
-    Verdict verdictOn(const Ui::CardContent& card, const std::optional<Appliance::StatusRecord>& record) const;
+    Verdict verdictOn(const Ui::CardContent& card,
+                      const std::optional<Appliance::StatusRecord>& record) const;
 
   private:
     using Errors = std::vector<std::string>;
 
     struct Process {
-        Errors errors;        // of the request at hand
+        Errors errors;            // of the request at hand
         bool sendsLists = false;  // the request at hand asked for them
-        Errors lastSearch;    // of the last request that did not
+        Errors lastSearch;        // of the last request that did not
     };
 
     Process& processOf(int pid);
