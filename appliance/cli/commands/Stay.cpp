@@ -99,7 +99,8 @@ Exit stay(const StayArguments& arguments)
     const Root root = chosenRoot(arguments.root);
     EventLoop loop;
     if (arguments.screenPort) {
-        const LoginHold loggedIn(loop, loginFile(), false, LoginLimit);  // where nobody has said otherwise
+        const LoginHold loggedIn(loop, loginFile(root), false,
+                                 LoginLimit);  // where nobody has said otherwise
     }
     Rig rig(loop, RootLock::claim(root),
             {root,
