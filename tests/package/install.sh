@@ -2,11 +2,11 @@
 # Makes the packages of a build, installs them in a fresh root, lets them work there, and removes them: then nothing is
 # left. The root is this machine's own as far as programs and libraries go, seen through mounts that only this test
 # has; what is written stays in memory.
-# usage: install.sh BUILD-FOLDER
+# usage: install.sh BUILD-FOLDER [FOLDER-OF-PACKAGES-THAT-ARE-MADE]
 set -euo pipefail
 build=$(realpath "$1")
 here=$(realpath "$(dirname "$0")")
-packages=$build/package-test
+packages=$(realpath "${2:-$build/package-test}")
 export PATH=$PATH:/usr/sbin:/sbin
 
 fail()
@@ -33,10 +33,10 @@ enter_own_mounts()
     trap 'rmdir "$scratch"' EXIT
     for way in -Urm -m; do
         export CARVOY_SCRATCH=$scratch CARVOY_WAY=$way
-        if unshare $way "$0" "$build" --probe 2>/dev/null; then
-            make_packages
+        if CARVOY_PROBE=yes unshare $way "$0" "$build" 2>/dev/null; then
+            [ $# -gt 1 ] || make_packages
             status=0
-            unshare $way "$0" "$build" || status=$?
+            unshare $way "$0" "$build" "$packages" || status=$?
             exit $status
         fi
     done
@@ -102,12 +102,12 @@ try_packages()
 }
 
 if [ -z "${CARVOY_SCRATCH:-}" ]; then
-    enter_own_mounts
+    enter_own_mounts "$@"
 fi
 scratch=$CARVOY_SCRATCH
 root=$scratch/root
 prepare_mounts
-[ "${2:-}" != --probe ] || exit 0
+[ -z "${CARVOY_PROBE:-}" ] || exit 0
 prepare_root
 try_packages
 echo "OK: the packages come, work and go"

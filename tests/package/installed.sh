@@ -100,7 +100,7 @@ show_pages()
     for page in /usr/share/man/man1/{appliance,carvoy}*.1.gz; do
         warnings=$(zcat "$page" | groff -mandoc -ww -Tutf8 2>&1 >"$HOME/page") || fail "$page cannot be shown"
         [ -z "$warnings" ] || fail "$page: $warnings"
-        sed 's/.\x08//g' "$HOME/page" | grep -q DESCRIPTION || fail "$page shows nothing"
+        sed 's/.\x08//g' "$HOME/page" | grep DESCRIPTION >"$HOME/found" || fail "$page shows nothing"
         count=$((count + 1))
     done
     [ "$count" -eq "$(($(ls /usr/libexec/carvoy-appliance | wc -l) + 2))" ] || fail "$count pages are too few"
