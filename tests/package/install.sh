@@ -31,10 +31,10 @@ enter_own_mounts()
     local way scratch status
     scratch=$(mktemp -d)
     trap 'rmdir "$scratch"' EXIT
+    [ $# -gt 1 ] || make_packages
     for way in -Urm -m; do
         export CARVOY_SCRATCH=$scratch CARVOY_WAY=$way
-        if CARVOY_PROBE=yes unshare $way "$0" "$build" 2>/dev/null; then
-            [ $# -gt 1 ] || make_packages
+        if CARVOY_PROBE=yes unshare $way "$0" "$build" "$packages" 2>/dev/null; then
             status=0
             unshare $way "$0" "$build" "$packages" || status=$?
             exit $status
@@ -44,6 +44,17 @@ enter_own_mounts()
     exit 77
 }
 
+# The packages' folders that /usr has as well. Only root could write to those of root's, so that the layer has its own.
+folders_in_usr()
+{
+    local package
+    for package in "$packages"/*.deb; do
+        dpkg-deb --fsys-tarfile "$package" | tar -t | sed -n 's,^\./usr/\(.\+\)/$,\1,p'
+    done | sort -u | while read -r folder; do
+        [ ! -d "/usr/$folder" ] || echo "$folder"
+    done
+}
+
 # The fresh root: /usr is this machine's with a layer over it, in which folders can be given their names as dpkg does.
 prepare_mounts()
 {
@@ -51,6 +62,7 @@ prepare_mounts()
     [ "$CARVOY_WAY" = -m ] || options+=,userxattr
     mount -t tmpfs none "$scratch"
     mkdir -p "$scratch"/{upper,work,root/{usr,etc,proc,dev,tmp,run,root,var/lib,var/tmp}}
+    (cd "$scratch/upper" && xargs mkdir -p) < <(folders_in_usr)
     mount -t overlay overlay -o "$options" "$scratch/root/usr"
     mount --rbind /proc "$scratch/root/proc"
     mount --rbind /dev "$scratch/root/dev"
