@@ -1,10 +1,28 @@
 // carvoy-retailer: runs the service's second search controller, which the service itself routes nothing to.
 #include <service_app.h>
+#include <tzplatform_config.h>
+
+#include <filesystem>
+#include <system_error>
 
 #include "Log.h"
 #include "RetailerService.h"
+#include "SiteValues.h"
 
 namespace {
+
+// A login file without a place of its own lies in the appliance's root, where the tool looks for it, too.
+void goToTheLoginFile()
+{
+    const char* media = tzplatform_getenv(TZ_USER_CONTENT);
+    if (std::filesystem::path(CARVOY_RETAILER_LOGIN_FILE).is_relative() && media != nullptr) {
+        std::error_code error;
+        std::filesystem::current_path(std::filesystem::path(media).parent_path(), error);
+        if (error) {
+            LOG_E("no login file: %s", error.message().c_str());
+        }
+    }
+}
 
 Carvoy::RetailerService& serviceOf(void* userData)
 {
@@ -32,6 +50,7 @@ void onAppControl(app_control_h request, void* userData)
 int main(int argc, char** argv)
 {
     Util::printVersion();
+    goToTheLoginFile();
     Carvoy::RetailerService service;
     service_app_lifecycle_callback_s callbacks = {};
     callbacks.create = onCreate;

@@ -108,9 +108,9 @@ FileLock lockFor(EventLoop& loop, const fs::path& file, std::chrono::millisecond
 
 }  // namespace
 
-fs::path loginFile()
+fs::path loginFile(const Root& root)
 {
-    return CARVOY_RETAILER_LOGIN_FILE;
+    return root.path / CARVOY_RETAILER_LOGIN_FILE;
 }
 
 LoginHold::LoginHold(EventLoop& loop, fs::path file, bool loggedOut, std::chrono::milliseconds limit,

@@ -1,5 +1,6 @@
 // The file in which the retailer's service reads whether the user is logged in. Its path is fixed when the
-// service is built: all appliances of a build share it.
+// service is built: an absolute one is shared by all appliances of a build, a relative one lies in each one's
+// root.
 #pragma once
 
 #include <chrono>
@@ -10,11 +11,12 @@
 
 #include "EventLoop.h"
 #include "FileLock.h"
+#include "Root.h"
 
 namespace Tool {
 
-// Of this build.
-std::filesystem::path loginFile();
+// Of this build, for this appliance. Absolute.
+std::filesystem::path loginFile(const Root& root);
 
 // The login file for one search. While it lives no other holds the file, so that one that is logged out does
 // not log out another. Main thread only.

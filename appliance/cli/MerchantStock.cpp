@@ -2,14 +2,14 @@
 
 #include <stdexcept>
 
+#include "Installation.h"
 #include "JsonFile.h"
-#include "Root.h"
 
 namespace Tool {
 
 std::vector<std::string> merchantIds()
 {
-    const std::filesystem::path file = buildFolder() / "share" / "merchant-bridge" / "catalogue.json";
+    const std::filesystem::path file = Appliance::shareFolder("merchant-bridge") / "catalogue.json";
     const nlohmann::json catalogue = Appliance::readJsonFile(file).value_or(nlohmann::json());
     std::vector<std::string> ids;
     try {

@@ -1,13 +1,13 @@
 #include "RetailerStock.h"
 
 #include "Catalogue.h"
-#include "Root.h"
+#include "Installation.h"
 
 namespace Tool {
 
 RetailerStock::RetailerStock()
 {
-    const std::filesystem::path share = buildFolder() / "share" / "retailer";
+    const std::filesystem::path share = Appliance::shareFolder("retailer");
     const Appliance::Retailer::Catalogue catalogue(share / "catalogue.json");
     for (const auto& product : catalogue.products()) {
         // Of several badges the first one counts, and it has an icon where the service shows it.

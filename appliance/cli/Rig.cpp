@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "Exit.h"
+#include "Installation.h"
 #include "LogFollower.h"
 #include "MerchantStock.h"
 #include "Names.h"
@@ -44,7 +45,7 @@ void writeText(const std::filesystem::path& file, const std::string& text, mode_
 
 std::string program(const std::string& name)
 {
-    return (buildFolder() / "bin" / name).string();
+    return Appliance::programFile(name).string();
 }
 
 std::filesystem::path tokensFile(const Root& root)

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Exit.h"
+#include "Installation.h"
 
 namespace Tool {
 
@@ -19,11 +20,6 @@ bool isPlain(char byte)
 }
 
 }  // namespace
-
-std::filesystem::path buildFolder()
-{
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
-}
 
 std::optional<std::string> whyUnfit(const std::filesystem::path& root)
 {
@@ -57,7 +53,7 @@ Root chosenRoot(const std::string& option)
     if (variable != nullptr && *variable != '\0') {
         return {std::filesystem::absolute(variable).lexically_normal()};
     }
-    return {buildFolder() / "appliance"};
+    return {Appliance::state().appliance};
 }
 
 std::optional<RootLock> RootLock::take(const Root& root)

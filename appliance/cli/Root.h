@@ -26,9 +26,6 @@ struct Root {
     std::filesystem::path untrustedFile() const { return path / "untrusted-certificate"; }
 };
 
-// The build folder that this program lies in: the parent of its bin folder.
-std::filesystem::path buildFolder();
-
 // Why the service cannot live in this folder, or nothing. The service clears its pictures with a shell
 // command and builds their paths in 128 bytes.
 std::optional<std::string> whyUnfit(const std::filesystem::path& root);
@@ -36,7 +33,7 @@ std::optional<std::string> whyUnfit(const std::filesystem::path& root);
 // Throws Failure (Usage) for an unfit root.
 void requireFit(const std::filesystem::path& root);
 
-// The root that is meant: the option, else APPLIANCE_ROOT, else the build folder's own. Absolute.
+// The root that is meant: the option, else APPLIANCE_ROOT, else the one of this build or this user. Absolute.
 Root chosenRoot(const std::string& option);
 
 // Held by the one process that runs the appliance in a root; the system frees it with the process.

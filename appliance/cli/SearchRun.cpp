@@ -124,7 +124,7 @@ Search::Search(EventLoop& loop, const Root& root, const SearchOptions& options, 
       listener_(listener),
       end_(Clock::now() + options.limit),
       login_(isAtRetailer(options)
-                 ? std::make_unique<LoginHold>(loop, loginFile(), options.loggedOut, options.limit,
+                 ? std::make_unique<LoginHold>(loop, loginFile(root), options.loggedOut, options.limit,
                                                [&listener] { listener.onQueued(); })
                  : nullptr),
       stock_(isAtRetailer(options) ? std::make_unique<RetailerStock>() : nullptr),

@@ -1,4 +1,5 @@
 // merchant-bridge: stands in for the merchant's product-search service on a PC.
+#include "Installation.h"
 #include "Program.h"
 #include "Server.h"
 #include "SiteValues.h"
@@ -59,8 +60,8 @@ int main(int argc, char** argv)
     StandIn::holdEndSignals();
     Settings settings;
     settings.host = CARVOY_MERCHANT_BRIDGE_HOST;
-    settings.catalogueFile = StandIn::shareFolder("merchant-bridge") / "catalogue.json";
-    settings.picturesFolder = StandIn::shareFolder("merchant-bridge") / "pictures";
+    settings.catalogueFile = Appliance::shareFolder("merchant-bridge") / "catalogue.json";
+    settings.picturesFolder = Appliance::shareFolder("merchant-bridge") / "pictures";
     CLI::App app("Stands in for a merchant's product-search service on this machine.", "merchant-bridge");
     addOptions(app, settings);
     app.footer(

@@ -1,4 +1,5 @@
 // retailer: stands in for the retailer's product-search service on a PC.
+#include "Installation.h"
 #include "Program.h"
 #include "Server.h"
 #include "SiteValues.h"
@@ -16,7 +17,7 @@ using Appliance::Retailer::Settings;
 
 Settings defaults()
 {
-    const std::filesystem::path share = StandIn::shareFolder("retailer");
+    const std::filesystem::path share = Appliance::shareFolder("retailer");
     Settings settings;
     settings.host = CARVOY_RETAILER_API_HOST;
     settings.iconHost = CARVOY_RETAILER_ICON_HOST;

@@ -24,11 +24,6 @@ sigset_t endSignals()
 
 }  // namespace
 
-std::filesystem::path shareFolder(const std::string& program)
-{
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share" / program;
-}
-
 std::string footer(const std::string& readyLine, const std::string& causesOfFailure)
 {
     return "\nWhen it is ready it prints one line of JSON: " + readyLine +

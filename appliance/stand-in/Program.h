@@ -3,14 +3,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include <filesystem>
 #include <functional>
 #include <string>
 
 namespace Appliance::StandIn {
-
-// Where the program of that name looks for its stock.
-std::filesystem::path shareFolder(const std::string& program);
 
 // The end of --help: what it prints when ready, the trouble words and the exit statuses.
 std::string footer(const std::string& readyLine, const std::string& causesOfFailure);

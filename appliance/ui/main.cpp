@@ -6,7 +6,7 @@
 
 #include "AppMain.h"
 #include "Confirmation.h"
-#include "Program.h"
+#include "Installation.h"
 #include "UiApp.h"
 
 namespace {
@@ -34,7 +34,7 @@ Ui::UiSettings Options::settings() const
 {
     Ui::UiSettings settings{{modeOf(mode), delay}, std::nullopt};
     if (port) {
-        settings.face = {*port, Appliance::StandIn::shareFolder("screen") / "page", untrustedFile, merchants};
+        settings.face = {*port, Appliance::shareFolder("screen") / "page", untrustedFile, merchants};
     }
     return settings;
 }

@@ -52,7 +52,9 @@ void buildCommandLine(CLI::App& app, Action& chosen)
 
 void addRootOption(CLI::App& command, std::string& root)
 {
-    command.add_option("--root", root, "The appliance's folder (else APPLIANCE_ROOT, else the build's own)")
+    command
+        .add_option("--root", root,
+                    "The appliance's folder (else APPLIANCE_ROOT, else the build's or the user's own)")
         ->type_name("DIR");
 }
 

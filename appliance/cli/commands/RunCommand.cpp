@@ -12,6 +12,7 @@
 
 #include "Commands.h"
 #include "IndentedJson.h"
+#include "Installation.h"
 #include "Rig.h"
 #include "SearchArguments.h"
 #include "SearchOutput.h"
@@ -30,10 +31,11 @@ constexpr auto SayLimit = 30s;
 // While it lives no other run makes or removes folders.
 class FoldersLock {
   public:
-    FoldersLock() : fd_(open(buildFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    explicit FoldersLock(const std::filesystem::path& folder)
+        : fd_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
     {
         if (fd_ < 0) {
-            throw std::system_error(errno, std::generic_category(), buildFolder().string());
+            throw std::system_error(errno, std::generic_category(), folder.string());
         }
         while (flock(fd_, LOCK_EX) != 0) {
             if (errno != EINTR) {
@@ -54,7 +56,7 @@ class FoldersLock {
 // A folder of its own for one run, gone with the object.
 class RunFolder {
   public:
-    explicit RunFolder(const std::filesystem::path& parent);
+    explicit RunFolder(Appliance::State state);
     ~RunFolder();
     RunFolder(const RunFolder&) = delete;
     RunFolder& operator=(const RunFolder&) = delete;
@@ -65,6 +67,7 @@ class RunFolder {
   private:
     void removeFolders() const;
 
+    Appliance::State state_;
     Root root_;
     std::optional<RootLock> lock_;
 };
@@ -80,15 +83,16 @@ void removeAbandoned(const std::filesystem::path& parent)
     }
 }
 
-RunFolder::RunFolder(const std::filesystem::path& parent)
+RunFolder::RunFolder(Appliance::State state) : state_(std::move(state))
 {
-    std::string name = (parent / "XXXXXX").string();
+    std::string name = (state_.runs / "XXXXXX").string();
     requireFit(name);
-    const FoldersLock lock;
-    std::filesystem::create_directories(parent);
-    removeAbandoned(parent);
+    std::filesystem::create_directories(state_.folder);
+    const FoldersLock lock(state_.folder);
+    std::filesystem::create_directories(state_.runs);
+    removeAbandoned(state_.runs);
     if (mkdtemp(name.data()) == nullptr) {
-        throw Failure(Exit::Failed, "cannot make a folder in " + parent.string());
+        throw Failure(Exit::Failed, "cannot make a folder in " + state_.runs.string());
     }
     root_.path = name;
     try {
@@ -102,7 +106,7 @@ RunFolder::RunFolder(const std::filesystem::path& parent)
 RunFolder::~RunFolder()
 {
     try {
-        const FoldersLock lock;
+        const FoldersLock lock(state_.folder);
         removeFolders();
     } catch (const std::system_error&) {
         // Left to the next run, which removes what is abandoned.
@@ -113,7 +117,7 @@ void RunFolder::removeFolders() const
 {
     std::error_code ignored;
     std::filesystem::remove_all(root_.path, ignored);
-    std::filesystem::remove(root_.path.parent_path(), ignored);  // only where no other run has a folder there
+    std::filesystem::remove(state_.runs, ignored);  // only where no other run has a folder there
 }
 
 struct RunArguments {
@@ -207,7 +211,7 @@ Exit searchIn(EventLoop& loop, Rig& rig, const Root& root, const RunArguments& a
 
 Exit run(const RunArguments& arguments)
 {
-    RunFolder folder(buildFolder() / "run");
+    RunFolder folder(Appliance::state());
     EventLoop loop;
     Rig rig(loop, folder.takeLock(), {folder.root(), {}, std::nullopt});
     const auto stop = [&rig] {

@@ -93,10 +93,10 @@ void waitForEnd(EventLoop& loop, const Rig& rig, const StayArguments& arguments)
 }
 
 // At the retailer, where nobody has said otherwise: on a page a person searches there, not the tool.
-void logIn(EventLoop& loop)
+void logIn(EventLoop& loop, const Root& root)
 {
     try {
-        const LoginHold hold(loop, loginFile(), false, LoginLimit,
+        const LoginHold hold(loop, loginFile(root), false, LoginLimit,
                              [] { printLine("waiting for a search at the retailer to be over"); });
     } catch (const Failure& failure) {
         if (failure.status() == Exit::Interrupted) {
@@ -118,7 +118,7 @@ Exit stay(const StayArguments& arguments)
              arguments.screenPort});
     try {
         if (arguments.screenPort) {
-            logIn(loop);
+            logIn(loop, root);
         }
         rig.start(printReady);
         printHowToGoOn(root, rig.screenAddress(), arguments.untilStdinCloses);
