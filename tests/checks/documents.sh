@@ -1,19 +1,10 @@
 #!/usr/bin/env bash
-# Every relative link in a document leads somewhere, and every ./dev command in one exists.
+# Every ./dev command in a document exists; links.py looks at the links.
 set -euo pipefail
 cd "$1"
 status=0
 
-for document in README.md docs/*.md; do
-    folder=$(dirname "$document")
-    while read -r link; do
-        target=${link%%#*}
-        if [ -n "$target" ] && [ ! -e "$folder/$target" ]; then
-            echo "$document links to $link, which is not there"
-            status=1
-        fi
-    done < <(grep -oE '\]\([^)]+\)' "$document" | sed -E 's/^\]\((.*)\)$/\1/' | grep -vE '^[a-z]+://' || true)
-
+for document in *.md docs/*.md; do
     while read -r command; do
         if ! ./dev help | grep -qE "^  $command( |$)"; then
             echo "$document tells to run ./dev $command, which there is not"
@@ -26,5 +17,5 @@ if [ "$(wc -l <README.md)" -gt 120 ]; then
     echo "README.md has more than 120 lines"
     status=1
 fi
-[ $status -eq 0 ] && echo "OK: links and commands lead somewhere"
+[ $status -eq 0 ] && echo "OK: the commands of documents are there"
 exit $status
