@@ -106,10 +106,10 @@ class Copy:
         entry = self.build.commands[output]
         made = self.folder / "objects" / output.replace("/", "-")
         made.parent.mkdir(exist_ok=True)
-        words = [self.of_tree(word) for word in shlex.split(entry["command"])]
-        words[words.index("-o") + 1] = str(made)
         # A header that was compiled with paths of the build's is then read as a text.
-        demand([*words, "-Wno-error=invalid-pch"], cwd=entry["directory"])
+        words = [self.of_tree(word) for word in shlex.split(entry["command"]) if word != "-Winvalid-pch"]
+        words[words.index("-o") + 1] = str(made)
+        demand(words, cwd=entry["directory"])
         return output, made
 
     def compile(self, outputs):
