@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the code of documents that is marked as runnable, against a running appliance of its own for each document.
 
-run.py SOURCE BUILD DOCUMENT...: marked are
+run.py SOURCE BUILD [DOCUMENT...], all that have some where none is named: marked are
 
     ```sh run               a script: each of its commands must succeed
     ```console run          `$ COMMAND`, and what it prints, where something is shown below it
@@ -215,14 +215,20 @@ def run_block(shell, places, block):
 
 
 def make_checkout(folder, source, build):
-    """What documents are written for: a checkout that is built. There ./dev goes straight to the tool."""
+    """What documents are written for: a checkout that is built. There ./dev goes straight to the tool, whose progress
+    is not what they show."""
     checkout = folder / "carvoy-service"
     (checkout / "build").mkdir(parents=True)
     (checkout / "build/host").symlink_to(build)
     (checkout / "dev").write_text(
-        '#!/bin/sh\ncase $1 in appliance) shift ;; esac\nexec build/host/bin/appliance "$@"\n', encoding="utf-8")
+        '#!/bin/sh\ncase $1 in appliance) shift ;; esac\nexec build/host/bin/appliance "$@" 2>>"$HOME/progress"\n', encoding="utf-8")
     (checkout / "dev").chmod(0o755)
     return checkout
+
+
+def marked(source):
+    documents = [*sorted(source.glob("*.md")), *sorted((source / "docs").glob("*.md"))]
+    return [document.relative_to(source) for document in documents if BLOCK.search(document.read_text(encoding="utf-8"))]
 
 
 def run_document(document, source, build, folder):
@@ -255,7 +261,7 @@ def run_document(document, source, build, folder):
 def main():
     source, build = (pathlib.Path(argument).resolve() for argument in sys.argv[1:3])
     failed = False
-    for name in sys.argv[3:]:
+    for name in sys.argv[3:] or marked(source):
         folder = pathlib.Path(tempfile.mkdtemp(prefix="documents-"))
         try:
             count = run_document(source / name, source, build, folder)
