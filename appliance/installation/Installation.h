@@ -17,9 +17,8 @@ std::filesystem::path programFile(const std::string& name);
 // Where the program of that name looks for its stock.
 std::filesystem::path shareFolder(const std::string& program);
 
-// Where appliances live that were given no folder of their own: the build folder; installed, $XDG_STATE_HOME
-// or
-// ~/.local/state with carvoy-appliance/ below it. It need not be there.
+// Where appliances live that were given no folder of their own: the build folder; installed, the folder
+// carvoy-appliance in $XDG_STATE_HOME or ~/.local/state. It need not be there.
 struct State {
     std::filesystem::path folder;     // of which runs lock the whole
     std::filesystem::path appliance;  // the appliance that is not named

@@ -28,7 +28,16 @@ run_from_installed_files()
         grep -q '^✓ picture 1 ' "$HOME/run.out" || fail "appliance run $arguments shows no picture"
     done
     [ -d "$state" ] || fail "the runs were not made in $state"
-    [ -z "$(ls -A "$state" | grep -v '^media$')" ] || fail "the runs left $(ls -A "$state")"
+    [ -z "$(ls -A "$state")" ] || fail "the runs left $(ls -A "$state")"
+}
+
+# Of this user, or where they say; a command that finds nothing there names it.
+live_in_the_state_folder()
+{
+    local said
+    ! said=$(appliance env 2>&1) && grep -q "nothing runs in $state;" <<<"$said" || fail "the folder is another: $said"
+    ! said=$(XDG_STATE_HOME=$HOME/elsewhere appliance env 2>&1) &&
+        grep -q "nothing runs in $HOME/elsewhere/carvoy-appliance;" <<<"$said" || fail "the folder is another: $said"
 }
 
 start_bridge()
@@ -133,6 +142,7 @@ look_at_the_unit()
 }
 
 run_from_installed_files
+live_in_the_state_folder
 be_started_by_a_search
 show_pages
 complete_words
