@@ -1,9 +1,11 @@
 // carvoy-retailer: runs the service's second search controller, which the service itself routes nothing to.
 #include <service_app.h>
 #include <tzplatform_config.h>
+#include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
+#include <cerrno>
+#include <cstring>
+#include <string>
 
 #include "Log.h"
 #include "RetailerService.h"
@@ -15,12 +17,13 @@ namespace {
 void goToTheLoginFile()
 {
     const char* media = tzplatform_getenv(TZ_USER_CONTENT);
-    if (std::filesystem::path(CARVOY_RETAILER_LOGIN_FILE).is_relative() && media != nullptr) {
-        std::error_code error;
-        std::filesystem::current_path(std::filesystem::path(media).parent_path(), error);
-        if (error) {
-            LOG_E("no login file: %s", error.message().c_str());
-        }
+    if (CARVOY_RETAILER_LOGIN_FILE[0] == '/' || media == nullptr) {
+        return;
+    }
+    const std::string folder = media;
+    const std::string root = folder.substr(0, folder.rfind('/'));
+    if (chdir(root.c_str()) != 0) {
+        LOG_E("no login file: %s: %s", root.c_str(), std::strerror(errno));
     }
 }
 
