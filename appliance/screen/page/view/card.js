@@ -68,7 +68,7 @@ function updateTile(tile, { product, fate }, addressOf) {
     fill(tile, ".price", product.price);
 }
 
-function drawTiles(card, { say, addressOf }) {
+function drawTiles(card, source, { say, addressOf }) {
     const isFound = stateOf(card) === "found";
     const products = isFound ? card.products.slice(0, MostProducts) : [];
     const fates = pictureFates(products);
@@ -77,7 +77,7 @@ function drawTiles(card, { say, addressOf }) {
         index,
         fate: fates[index],
         isRetailers: card.source === "retailer",
-        key: `${card.sequence}/${index}/${card.source}`,
+        key: `${source}/${card.sequence}/${index}/${card.source}`,
     }));
     keyed(
         byId("products"),
@@ -108,7 +108,7 @@ function drawFailure(card) {
     byId("failed-own").hidden = own.length === 0;
 }
 
-function draw(card, tools) {
+function draw(card, source, tools) {
     const state = stateOf(card);
     byId("card-body").dataset.state = state;
     byId("card-body").dataset.sequence = card?.sequence ?? 0;
@@ -122,7 +122,7 @@ function draw(card, tools) {
     if (state === "nothing") {
         setText(byId("nothing-words"), `${whereOf(card)} has nothing for “${card.term}”.`);
     }
-    drawTiles(card, tools);
+    drawTiles(card, source, tools);
 }
 
 /** What a person who does not see the card is told when it changes; "" for nothing. */
@@ -146,7 +146,7 @@ export function announcementOf(card) {
 export function createCard(tools) {
     byId("failed-icon").append(icon("warning"));
     return when(
-        ({ state, mode }) => [state.card, mode],
-        ({ state }) => draw(state.card, tools),
+        ({ state, source }) => [state.card, source],
+        ({ state, source }) => draw(state.card, source, tools),
     );
 }

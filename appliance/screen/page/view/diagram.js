@@ -1,6 +1,6 @@
 // The messages between the apps as a sequence diagram that grows downwards.
 import { lanesFor, layoutOf, shortOperation, summaryOf } from "../model/lanes.js";
-import { clock, count } from "../model/words.js";
+import { clock, count, lookUp } from "../model/words.js";
 import { byId, el, hidden, icon, keyed, setText, when } from "./dom.js";
 import { makeDetails } from "./details.js";
 import { followEnd } from "./follow.js";
@@ -9,7 +9,7 @@ const Icons = { launch: "launch", reply: "reply", refusal: "refusal", voice: "vo
 
 function drawLanes(lanes, apps) {
     const heads = lanes.map((lane) => {
-        const isThere = lane.app === "" || apps[lane.app];
+        const isThere = lane.app === "" || lookUp(apps, lane.app, false);
         return el(
             "li.lane",
             { title: lane.app || "Tools and everything else on the bus", "data-there": String(Boolean(isThere)) },
