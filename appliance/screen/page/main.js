@@ -87,11 +87,14 @@ views = [
     createPlayback({ redraw, leave: () => show(null) }),
     createAnnouncer(),
 ];
+new ResizeObserver(([{ target }]) => {
+    document.documentElement.style.setProperty("--over", `${target.offsetHeight}px`);
+}).observe(byId("over"));
 setUpTheme();
 setUpTabs(byId("tabs"), redraw);
 setUpFiles({ timeline, pictures, tell, open: (recording) => show(new Player(recording)) });
 
-new Stream({
+const stream = new Stream({
     timeline(data) {
         timeline.begin(data);
         origin = {};
@@ -105,4 +108,7 @@ new Stream({
         connection = now;
         redraw();
     },
-}).start();
+});
+const listen = () => (document.hidden ? stream.stop() : stream.start());
+document.addEventListener("visibilitychange", listen);
+listen();

@@ -1,11 +1,9 @@
 // The product card: what the refrigerator's screen shows.
-import { merchantName, Ordinals } from "../model/words.js";
-import { pictureFates } from "../model/products.js";
+import { count, merchantName, Ordinals } from "../model/words.js";
+import { pictureFates, shownOf } from "../model/products.js";
 import { plainReason } from "../model/reasons.js";
 import { byId, el, hidden, icon, keyed, setText, when } from "./dom.js";
 import { makePicture, showPicture } from "./picture.js";
-
-const MostProducts = 6;
 
 function whereOf(card) {
     return card.source === "retailer" ? "Retailer" : merchantName(card.merchant);
@@ -17,7 +15,7 @@ function stateOf(card) {
 
 // What the retailer has cannot be chosen: voice control only knows what a merchant has found.
 function makeTile({ index, isRetailers }, say) {
-    const isChoosable = !isRetailers && index < Ordinals.length;
+    const isChoosable = !isRetailers;
     const sentence = `show me the ${Ordinals[index]} one`;
     const name = el("span.name", { lang: isRetailers ? "ko" : undefined });
     const choose = el("button.choose", { type: "button", onclick: () => say(sentence) }, hidden("Choose "), name);
@@ -70,7 +68,7 @@ function updateTile(tile, { product, fate }, addressOf) {
 
 function drawTiles(card, source, { say, addressOf }) {
     const isFound = stateOf(card) === "found";
-    const products = isFound ? card.products.slice(0, MostProducts) : [];
+    const products = isFound ? shownOf(card) : [];
     const fates = pictureFates(products);
     const items = products.map((product, index) => ({
         product,
@@ -97,8 +95,8 @@ function drawHead(card) {
     const troubles = byId("card-troubles");
     troubles.hidden = !isSearched || card.troubles.length === 0;
     troubles.replaceChildren(...(troubles.hidden ? [] : card.troubles.map((word) => el("code.word", {}, word))));
-    const number = state === "found" ? card.products.length : 0;
-    setText(byId("card-count"), number > 0 ? `${number} ${number === 1 ? "product" : "products"}` : "");
+    const number = state === "found" ? shownOf(card).length : 0;
+    setText(byId("card-count"), number > 0 ? count(number, "product") : "");
 }
 
 function drawFailure(card) {
@@ -132,7 +130,7 @@ export function announcementOf(card) {
         case "searching":
             return `Searching for ${card.term}.`;
         case "found":
-            return `${card.products.length} products for ${card.term} at ${where}.`;
+            return `${count(shownOf(card).length, "product")} for ${card.term} at ${where}.`;
         case "nothing":
             return `Nothing found for ${card.term} at ${where}.`;
         case "failed":
