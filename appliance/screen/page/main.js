@@ -1,8 +1,10 @@
 // Puts the page together: the stream or a recording leads to a state, and the state to what is seen.
+import { lookUp } from "./model/words.js";
 import { createCommands, NotLive, NotSent } from "./net/commands.js";
 import { Pictures } from "./net/pictures.js";
 import { Stream } from "./net/stream.js";
 import { Player } from "./state/player.js";
+import { picturesOf } from "./state/recording.js";
 import { Timeline } from "./state/timeline.js";
 import { createAnnouncer } from "./view/announcer.js";
 import { createAssistant } from "./view/assistant.js";
@@ -23,18 +25,20 @@ import { setUpTheme } from "./view/theme.js";
 import { createTrouble } from "./view/trouble.js";
 
 const timeline = new Timeline();
-const pictures = new Pictures();
+const pictures = new Pictures(() => picturesOf(timeline.now, []));
 let connection = "connecting";
 let player = null;
 // Another object whenever what is shown does not simply go on from what was shown before.
 let origin = {};
+// Another number whenever pictures come from elsewhere: the appliance, or a recording.
+let source = 0;
 let views = [];
 let frame = 0;
 
 function view() {
     const mode = player ? "recording" : "live";
     const isHoodOpen = document.querySelector("#hood [role=tab][aria-selected=true]").id;
-    return { state: player ? player.state : timeline.now, mode, connection, player, origin, isHoodOpen };
+    return { state: player ? player.state : timeline.now, mode, connection, player, origin, source, isHoodOpen };
 }
 
 // However many events arrive, the page is drawn once for each frame.
@@ -49,6 +53,7 @@ function redraw() {
 function show(next) {
     player = next;
     origin = {};
+    source += 1;
     redraw();
 }
 
@@ -61,7 +66,7 @@ function hindrance() {
 
 // Pictures of a recording are in it; nothing of it is asked of the appliance.
 async function addressOf(name) {
-    return player ? (player.recording.pictures[name] ?? "") : pictures.addressOf(name);
+    return player ? lookUp(player.recording.pictures, name, "") : pictures.addressOf(name);
 }
 
 const tell = createTell();
@@ -82,11 +87,14 @@ views = [
     createPlayback({ redraw, leave: () => show(null) }),
     createAnnouncer(),
 ];
+new ResizeObserver(([{ target }]) => {
+    document.documentElement.style.setProperty("--over", `${target.offsetHeight}px`);
+}).observe(byId("over"));
 setUpTheme();
 setUpTabs(byId("tabs"), redraw);
 setUpFiles({ timeline, pictures, tell, open: (recording) => show(new Player(recording)) });
 
-new Stream({
+const stream = new Stream({
     timeline(data) {
         timeline.begin(data);
         origin = {};
@@ -100,4 +108,7 @@ new Stream({
         connection = now;
         redraw();
     },
-}).start();
+});
+const listen = () => (document.hidden ? stream.stop() : stream.start());
+document.addEventListener("visibilitychange", listen);
+listen();

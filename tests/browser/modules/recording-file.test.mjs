@@ -48,7 +48,11 @@ test("A recording with a wrong member is refused with the member's place", () =>
     refused(recording({ saved: 1 }), /^saved is no text/);
     refused(recording({ saved: "yesterday" }), /saved is no time/);
     refused(recording({ kept: { messages: 0, log: 1 } }), /kept/);
-    refused(recording({ kept: {} }), /kept\.messages is no number/);
+    refused(recording({ kept: {} }), /kept\.messages is no whole number/);
+    for (const odd of [1e9, 1.5, -1, 1001, "300"]) {
+        refused(recording({ kept: { messages: odd, log: 1000 } }), /kept\.messages is no whole number from 1 to 1000/);
+    }
+    refused(recording({ kept: { messages: 300, log: 5001 } }), /kept\.log is no whole number from 1 to 5000/);
     refused(recording({ base: [] }), /base is no object/);
     refused(recording({ base: { card: 3 } }), /base\.card is no object/);
     refused(recording({ base: { messages: {} } }), /base\.messages is no list/);
@@ -57,6 +61,37 @@ test("A recording with a wrong member is refused with the member's place", () =>
     refused(recording({ events: {} }), /events is no list/);
     refused(recording({ events: [{ at: 1, name: "flag", data: 1 }, {}] }), /events\[1\]\.at is no number/);
     refused(recording({ events: [{ at: 1, name: "novelty" }] }), /events\[0\]\.data is missing/);
+});
+
+test("More than a page can draw is refused, and so are times that no calendar has", () => {
+    const many = (number, item) => Array.from({ length: number }, () => item);
+    const line = { line: "I/x(1): y", at: 1 };
+    const eventOf = (name, data) => ({ events: [{ at: 1, name, data }] });
+    const cart = many(501, { product: { merchant: "a", variantRef: "b" }, quantity: 1 });
+    const partner = { page: "cart", product: { merchant: "", variantRef: "" }, cart, messages: [] };
+    const cases = [
+        { base: { log: many(5001, line) } },
+        { base: { messages: many(1001, { ...message(), at: 1 }) } },
+        { events: many(5001, { at: 1, name: "flag", data: 1 }) },
+        { base: { images: many(501, { name: "a", size: 1, version: "" }) } },
+        eventOf("partner", partner),
+        eventOf("card", card({ reasons: many(101, "a") })),
+        eventOf("settings", { confirm: "now", delay: 1, merchants: many(101, "a"), switches: [] }),
+        eventOf("settings", { confirm: "now", delay: 1, merchants: [], switches: many(101, {}) }),
+        eventOf("record", Object.fromEntries(many(101, 1).map((one, index) => [`field${index}`, one]))),
+        eventOf("message", message({ extras: Object.fromEntries(many(1001, "").map((one, index) => [`key${index}`, one])) })),
+    ];
+    cases.forEach((changes) => refused(recording(changes), /has more than \d+ entries/));
+    for (const at of [-1, 1e300]) {
+        refused(recording({ events: [{ at, name: "flag", data: 1 }] }), /events\[0\]\.at is no time/);
+        refused(recording({ base: { log: [{ ...line, at }] } }), /base\.log\[0\]\.at is no time/);
+    }
+});
+
+test("Of what a recording begins with no more is taken than is kept", () => {
+    const log = Array.from({ length: 20 }, (_, index) => ({ line: `line ${index}`, at: index }));
+    const { base } = parse(recording({ base: someState({ log }), kept: { messages: 1, log: 3 } }));
+    assert.deepEqual(base.log, log.slice(-3));
 });
 
 test("An event that a view relies on must be as it ought to be", () => {

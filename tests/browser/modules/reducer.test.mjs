@@ -63,12 +63,12 @@ test("A timeline gives the same state at once and step by step", () => {
 test("A timeline that grows long folds its beginning into the base, and the state stays", () => {
     const timeline = new Timeline();
     timeline.begin({ run: "1", kept, base: {}, events: [] });
-    for (let at = 0; at <= 20000; ++at) {
+    for (let at = 0; at <= 5000; ++at) {
         timeline.add(log(at, `${at}`));
     }
-    assert.equal(timeline.events.length, 15001);
+    assert.equal(timeline.events.length, 4001);
     assert.deepEqual(applyAll(timeline.base, timeline.events, kept), timeline.now);
-    assert.equal(timeline.now.log.at(-1).line, "20000");
+    assert.equal(timeline.now.log.at(-1).line, "5000");
 });
 
 test("A new timeline forgets the one before", () => {
@@ -90,9 +90,9 @@ test("A recording shows at each place what its events up to there give, whatever
 test("A place outside of a recording is its nearest end", () => {
     const player = new Player({ base: {}, events: [log(7, "a"), log(9, "b")], kept });
     player.seek(99);
-    assert.deepEqual([player.position, player.at], [2, 9]);
+    assert.deepEqual([player.position, player.event], [2, log(9, "b")]);
     player.seek(-1);
-    assert.deepEqual([player.position, player.at], [0, undefined]);
+    assert.deepEqual([player.position, player.event], [0, undefined]);
     player.seek(Number.NaN);
     assert.equal(player.position, 0);
 });

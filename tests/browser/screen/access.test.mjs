@@ -80,6 +80,10 @@ test("Nothing stands in anybody's way in a recording", async (page) => {
     }
 });
 
+test("A telephone's width hides the page's heading only from those who see it", async (page) => {
+    await page.getByRole("heading", { level: 1, name: "Appliance screen" }).waitFor();
+}, { context: { viewport: { width: 360, height: 740 } } });
+
 test("There are landmarks, one heading of the first level, and live regions that are few", async (page) => {
     await page.getByRole("main").waitFor();
     await page.getByRole("banner").waitFor();
@@ -87,7 +91,7 @@ test("There are landmarks, one heading of the first level, and live regions that
     await page.getByRole("search", { name: "Products" }).waitFor();
     assert.equal(await page.locator("h1").count(), 1);
     const live = await page.locator("[role=status], [role=alert], [role=log], [aria-live]").evaluateAll((all) => all.map((place) => place.id || place.firstElementChild?.id));
-    assert.deepEqual(live.sort(), ["announcer", "notice-words", "playback-title", "stale", "told-words"]);
+    assert.deepEqual(live.sort(), ["announcer", "notice-words", "stale", "told-words"]);
     // Messages and lines come in bursts, and are nothing to read out.
     for (const list of ["#messages", "#log", "#products"]) {
         assert.equal(await page.locator(`[aria-live] ${list}, [role=log] ${list}, [role=status] ${list}`).count(), 0);

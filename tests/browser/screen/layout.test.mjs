@@ -17,6 +17,13 @@ test("The page is never wider than its window", async (page) => {
     }
 });
 
+test("At 360 pixels all tabs are in sight", async (page) => {
+    await page.setViewportSize({ width: 360, height: 740 });
+    for (const box of await Promise.all((await page.getByRole("tab").all()).map((tab) => tab.boundingBox()))) {
+        assert.ok(box.x >= 0 && box.x + box.width <= 360, JSON.stringify(box));
+    }
+});
+
 test("From 1100 pixels on there are two columns, below one in the order of use", async (page) => {
     const box = (selector) => page.locator(selector).boundingBox();
     const [cardBox, hoodBox] = [await box("#card"), await box("#hood")];

@@ -111,6 +111,8 @@ test("Bursts of messages and lines leave the newest, the opened row, focus and s
     server.step("message", message({ number: 1300 }));
     await page.locator("#messages > [data-number='1000']").waitFor({ state: "detached" });
     assert.equal(await page.locator("#messages > li").count(), 300);
+    // The next row has the focus of the one that went.
+    await page.locator("#messages > [data-number='1001'] > button:focus").waitFor();
 });
 
 test("A picture whose file is gone says so, and a later version is shown", async (page, server) => {

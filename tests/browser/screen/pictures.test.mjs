@@ -13,6 +13,7 @@ async function observe(page) {
         const old = dataset.sequence;
         const oldReplies = document.querySelectorAll("#messages > [data-kind=reply]").length;
         window.seen = [];
+        window.lastBefore = Math.max(0, ...[...document.querySelectorAll("#messages > li")].map((row) => Number(row.dataset.number)));
         const note = (what) => window.seen.includes(what) || window.seen.push(what);
         const look = () => {
             if (dataset.sequence === old) {
@@ -62,7 +63,14 @@ test("Without a confirmation the list is there, and no picture comes", async (pa
     await page.locator("#partner-page[data-page=cart]").waitFor();
     assert.deepEqual((await seen(page)).filter((what) => what !== "confirmation"), ["list"]);
     assert.equal(await page.locator("#products .picture[data-picture=awaited]").count(), 6);
-    assert.equal(await page.locator("#images > li").count(), 0);
+    const since = await page.locator("#messages > li").evaluateAll((all) =>
+        all
+            .filter((row) => Number(row.dataset.number) > window.lastBefore)
+            .map((row) => `${row.dataset.kind} ${row.querySelector(".operation").textContent}`),
+    );
+    assert.ok(since.includes("launch result"), `${since}`);
+    assert.equal(since.includes("reply result"), false, `${since}`);
+    assert.equal(since.includes("launch product_image"), false, `${since}`);
     await confirm(page, "now");
 });
 

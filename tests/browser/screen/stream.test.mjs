@@ -10,7 +10,7 @@ import { card, screen } from "../support/screen.mjs";
 const { test } = screen(() => new Appliance().start());
 
 async function tool(root, ...words) {
-    const process = spawn(applianceProgram(), [...words, "--root", root], { stdio: "ignore" });
+    const process = spawn(applianceProgram(), [...words, "--root", root], { stdio: "ignore", timeout: 60000 });
     const [status] = await once(process, "exit");
     assert.equal(status, 0);
 }

@@ -65,6 +65,9 @@ test("A sentence that is not understood says so, and why", async (page) => {
 });
 
 test("Without a sentence nothing is said", async (page) => {
+    const posts = [];
+    page.on("request", (request) => request.method() === "POST" && posts.push(request.url()));
     await page.getByRole("button", { name: "Say", exact: true }).click();
     await page.getByRole("alert").filter({ hasText: "Write what to say first." }).waitFor();
+    assert.deepEqual(posts, []);
 });

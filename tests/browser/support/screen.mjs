@@ -151,3 +151,19 @@ export async function openDetails(page) {
     await page.locator("#messages > li:nth-child(2) > button").click();
     await page.locator("#messages .details").waitFor();
 }
+
+/** Opens a recording that a test has made up, of which only these members matter. */
+export async function openRecording(page, changes) {
+    const recording = {
+        format: "carvoy-screen-recording",
+        version: 1,
+        saved: "2026-01-01T00:00:00Z",
+        kept: { messages: 300, log: 1000 },
+        base: {},
+        events: [],
+        pictures: {},
+        ...changes,
+    };
+    const buffer = Buffer.from(JSON.stringify(recording));
+    await page.locator("#open-file").setInputFiles({ name: "made-up.json", mimeType: "application/json", buffer });
+}

@@ -26,7 +26,7 @@ export class StandIn {
         this.pictures = new Set();
         this.run = "1";
         this.streams = new Set();
-        this.number = 0;
+        this.opened = 0;
     }
 
     async start(port = 0) {
@@ -91,6 +91,7 @@ export class StandIn {
         const timeline = { run: this.run, beat: Beat, kept, base: this.base, events: this.events };
         response.write(`event: timeline\ndata: ${JSON.stringify(timeline)}\n\n`);
         this.streams.add(response);
+        this.opened += 1;
         response.on("close", () => this.streams.delete(response));
     }
 

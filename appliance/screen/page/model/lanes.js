@@ -44,6 +44,7 @@ export function shortOperation(operation) {
 }
 
 const Limit = 60;
+const MostParts = 20;
 
 function cut(text) {
     return text.length > Limit ? `${text.slice(0, Limit)}…` : text;
@@ -51,7 +52,7 @@ function cut(text) {
 
 /** The extra data in one line: lists by their length only. */
 export function summaryOf(message) {
-    const parts = Object.entries(message.extras).map(([key, value]) => {
+    const parts = Object.entries(message.extras).slice(0, MostParts).map(([key, value]) => {
         const name = key.replace(/^key_/, "");
         return Array.isArray(value) ? `${name} [${value.length}]` : `${name} ${cut(value)}`;
     });

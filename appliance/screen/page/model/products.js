@@ -29,6 +29,13 @@ export function nameOf(state, product) {
     return "";
 }
 
+const MostShown = 6;
+
+/** The products for which the card has a place; by voice no others are chosen either. */
+export function shownOf(card) {
+    return card.products.slice(0, MostShown);
+}
+
 /**
  * Whether a product's picture came ("known"), may still come ("awaited"), or was left out ("missing"): they come in the
  * products' order, so that none follows once a later one is there.

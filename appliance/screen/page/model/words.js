@@ -22,6 +22,11 @@ export function bytes(size) {
     return size < 10000 ? `${size} bytes` : `${Math.round(size / 1000)} kB`;
 }
 
+/** What a table has under a name that comes from outside, which may be one that every object has. */
+export function lookUp(table, name, otherwise) {
+    return Object.hasOwn(table, name) ? table[name] : otherwise;
+}
+
 export function count(number, one, many = `${one}s`) {
     return `${number} ${number === 1 ? one : many}`;
 }

@@ -31,6 +31,8 @@ async function post(path, body) {
 
 /** Each command resolves to true once it was taken; else `tell` has got the reason, in words. */
 export function createCommands(hindrance, tell) {
+    // One after the other, so that they arrive in the order in which they were given.
+    let before = Promise.resolve();
     async function command(path, body) {
         // What was told before goes at once: what comes of this command may be on the stream before its answer.
         const hindered = hindrance();
@@ -38,7 +40,9 @@ export function createCommands(hindrance, tell) {
         if (hindered) {
             return false;
         }
-        const trouble = await post(path, body);
+        const answer = before.then(() => post(path, body));
+        before = answer;
+        const trouble = await answer;
         if (trouble) {
             tell(trouble);
         }

@@ -3,7 +3,10 @@
 
 import { isPictureData } from "../state/shapes.js";
 
-const MostBytes = 48 * 1024 * 1024;
+const MostKept = 48 * 1024 * 1024;
+
+/** How much of a recording's file its pictures may take, as they stand in it. */
+export const MostSaved = 24 * 1024 * 1024;
 
 function dataUrlOf(blob) {
     return new Promise((resolve, reject) => {
@@ -15,8 +18,18 @@ function dataUrlOf(blob) {
 }
 
 export class Pictures {
+    #pending = new Map();
+    // By name, the one that was asked for longest ago first.
     #files = new Map();
     #bytes = 0;
+    #namesInUse;
+    #most;
+
+    /** `namesInUse()` returns what is looked at: that is kept, however much it is. `most` bytes are kept otherwise. */
+    constructor(namesInUse = () => [], most = MostKept) {
+        this.#namesInUse = namesInUse;
+        this.#most = most;
+    }
 
     /** The address that an image shows, or "" where the file is not there any more. */
     async addressOf(name) {
@@ -24,25 +37,42 @@ export class Pictures {
         return file?.address ?? "";
     }
 
-    /** What is known or still to be had, by name, as data addresses. */
-    async asData(names) {
-        const found = await Promise.all(
-            names.map(async (name) => {
-                const file = await this.#file(name);
-                return [name, file && (await dataUrlOf(file.blob))];
-            }),
-        );
-        return Object.fromEntries(found.filter(([, data]) => isPictureData(data)));
+    /**
+     * Of `names`, from the oldest to the newest, what is known, and of `there` what is still to be had, as data
+     * addresses: `{data, left}` with the number of those for which there was no room.
+     */
+    async asData(names, there, most = MostSaved) {
+        const data = {};
+        let left = 0;
+        let size = 0;
+        for (const name of [...names].reverse()) {
+            const file = this.#files.get(name) ?? (there.includes(name) ? await this.#file(name) : undefined);
+            const address = file && (await dataUrlOf(file.blob));
+            if (!isPictureData(address)) {
+                continue;
+            }
+            if (size + address.length > most) {
+                left += 1;
+                continue;
+            }
+            size += address.length;
+            data[name] = address;
+        }
+        return { data, left };
     }
 
     #file(name) {
-        if (!this.#files.has(name)) {
-            const pending = this.#fetch(name);
-            this.#files.set(name, pending);
-            // What was not there may come with the next connection.
-            pending.then((file) => file || this.#files.delete(name));
+        const known = this.#files.get(name);
+        if (known) {
+            this.#files.delete(name);
+            this.#files.set(name, known);
+            return known;
         }
-        return this.#files.get(name);
+        if (!this.#pending.has(name)) {
+            // What was not there may come with the next connection.
+            this.#pending.set(name, this.#fetch(name).finally(() => this.#pending.delete(name)));
+        }
+        return this.#pending.get(name);
     }
 
     async #fetch(name) {
@@ -52,24 +82,30 @@ export class Pictures {
                 return undefined;
             }
             const blob = await response.blob();
-            this.#makeRoom(blob.size);
-            return { blob, address: URL.createObjectURL(blob) };
+            const file = { blob, size: blob.size, address: URL.createObjectURL(blob) };
+            this.#files.set(name, file);
+            this.#bytes += file.size;
+            this.#makeRoom(name);
+            return file;
         } catch {
             return undefined;
         }
     }
 
-    #makeRoom(size) {
-        this.#bytes += size;
-        for (const [name, pending] of this.#files) {
-            if (this.#bytes <= MostBytes) {
+    #makeRoom(newest) {
+        if (this.#bytes <= this.#most) {
+            return;
+        }
+        const used = new Set([newest, ...this.#namesInUse()]);
+        for (const [name, { size, address }] of this.#files) {
+            if (this.#bytes <= this.#most) {
                 return;
             }
-            this.#files.delete(name);
-            pending.then((file) => {
-                this.#bytes -= file?.blob.size ?? 0;
-                URL.revokeObjectURL(file?.address ?? "");
-            });
+            if (!used.has(name)) {
+                this.#files.delete(name);
+                this.#bytes -= size;
+                URL.revokeObjectURL(address);
+            }
         }
     }
 }

@@ -14,11 +14,7 @@ export class Player {
         return this.recording.events.length;
     }
 
-    /** The time of the last event that counts, or undefined before the first. */
-    get at() {
-        return this.position > 0 ? this.recording.events[this.position - 1].at : undefined;
-    }
-
+    /** The last event that counts, or undefined before the first. */
     get event() {
         return this.position > 0 ? this.recording.events[this.position - 1] : undefined;
     }

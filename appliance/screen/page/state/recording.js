@@ -14,19 +14,28 @@ const recording = object({
     saved: text,
     kept: shapes.kept,
     base: shapes.state,
-    events: listOf(shapes.event),
+    events: listOf(shapes.event, shapes.Most.events),
     pictures: shapes.pictures,
 });
 
-/** The pictures that a timeline speaks of, as in the addresses. */
+/** The files of a list of the image directory's, as in the addresses. */
+export function filesOf(images) {
+    return images.map((image) => `${image.name}?v=${image.version}`);
+}
+
+/** The pictures that a timeline speaks of, as in the addresses; those that it speaks of last are the last. */
 export function picturesOf(base, events) {
     const names = new Set();
-    const take = (name, data) => {
-        if (name === "card") {
-            (data?.products ?? []).forEach((product) => names.add(product.picture).add(product.badge));
+    const add = (name) => {
+        names.delete(name);
+        names.add(name);
+    };
+    const take = (event, data) => {
+        if (event === "card") {
+            (data?.products ?? []).forEach((product) => [product.picture, product.badge].forEach(add));
         }
-        if (name === "images") {
-            (data ?? []).forEach((image) => names.add(`${image.name}?v=${image.version}`));
+        if (event === "images") {
+            filesOf(data ?? []).forEach(add);
         }
     };
     take("card", base.card);
@@ -48,21 +57,27 @@ function readJson(content) {
     }
 }
 
+// A page never has more than is kept.
+function trimmed(base, kept) {
+    const lists = ["messages", "log"].filter((name) => Array.isArray(base[name]) && base[name].length > kept[name]);
+    return { ...base, ...Object.fromEntries(lists.map((name) => [name, base[name].slice(-kept[name])])) };
+}
+
+/** What is wrong with a recording, in words, or "". */
+export function wrongIn(value) {
+    const wrong = recording(value, "");
+    return wrong || (Number.isNaN(Date.parse(value.saved)) ? "saved is no time" : "");
+}
+
 /** Throws a RecordingError that says in words why this is no recording that can be shown. */
 export function parseRecording(content) {
     const value = readJson(content);
     if (value?.format === Format && value.version !== Version) {
         throw new RecordingError(`it has version ${String(value.version).slice(0, 20)}, and this page reads ${Version}`);
     }
-    const wrong = value?.format === Format ? recording(value, "") : "it is something else than a recording";
+    const wrong = value?.format === Format ? wrongIn(value) : "it is something else than a recording";
     if (wrong) {
         throw new RecordingError(wrong);
     }
-    if (Number.isNaN(Date.parse(value.saved))) {
-        throw new RecordingError("saved is no time");
-    }
-    if (!(value.kept.messages >= 1 && value.kept.log >= 1)) {
-        throw new RecordingError("kept is below 1");
-    }
-    return value;
+    return { ...value, base: trimmed(value.base, value.kept) };
 }

@@ -14,6 +14,20 @@ export function optional(shape) {
     return (value, path) => (value === undefined ? "" : shape(value, path));
 }
 
+/** A whole number from `least` to `most`. */
+export function whole(least, most) {
+    const isWhole = (value) => Number.isInteger(value) && value >= least && value <= most;
+    return (value, path) => (isWhole(value) ? "" : `${path} is no whole number from ${least} to ${most}`);
+}
+
+const LatestTime = 8.64e15;
+
+/** Milliseconds since 1970, of a day that a calendar has. */
+export function time(value, path) {
+    const wrong = number(value, path);
+    return wrong || (value >= 0 && value <= LatestTime ? "" : `${path} is no time`);
+}
+
 export function oneOf(...values) {
     return (value, path) => (values.includes(value) ? "" : `${path} is none of ${values.join(", ")}`);
 }
@@ -39,7 +53,7 @@ function firstWrong(checks) {
     return "";
 }
 
-export function listOf(shape, most = Infinity) {
+export function listOf(shape, most) {
     return (value, path) => {
         if (!Array.isArray(value)) {
             return `${path} is no list`;
@@ -51,12 +65,16 @@ export function listOf(shape, most = Infinity) {
     };
 }
 
-export function mapOf(shape) {
+export function mapOf(shape, most) {
     return (value, path) => {
         if (!isObject(value)) {
             return `${path} is no object`;
         }
-        return firstWrong(Object.entries(value).map(([key, item]) => () => shape(item, `${path}.${key}`)));
+        const members = Object.entries(value);
+        if (members.length > most) {
+            return `${path} has more than ${most} entries`;
+        }
+        return firstWrong(members.map(([key, item]) => () => shape(item, `${path}.${key}`)));
     };
 }
 

@@ -2,6 +2,7 @@
 import { announcementOf } from "./card.js";
 import { partnerAnnouncement } from "./partner.js";
 import { byId } from "./dom.js";
+import { titleOf } from "./playback.js";
 
 function cardKey({ card }) {
     return card && `${card.sequence}/${card.state}/${card.outcome}`;
@@ -16,9 +17,14 @@ export function createAnnouncer() {
     let card;
     let partner;
     let seen = null;
-    return ({ state, origin }) => {
+    let opened = null;
+    return ({ state, origin, player }) => {
         const isNews = origin === seen;
         const words = [];
+        if (player && player !== opened) {
+            words.push(titleOf(player));
+        }
+        opened = player;
         if (isNews && cardKey(state) !== card) {
             words.push(announcementOf(state.card));
         }

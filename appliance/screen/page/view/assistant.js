@@ -1,4 +1,5 @@
 // The assistant: what was said, what was understood, and what came of it.
+import { lookUp } from "../model/words.js";
 import { byId, setText, when } from "./dom.js";
 import { drawReceived } from "./received.js";
 
@@ -11,7 +12,7 @@ function draw(assistant) {
     byId("assistant-view").dataset.open = String(isOpen);
     setText(byId("assistant-sentence"), known.sentence ? `“${known.sentence}”` : "Nothing has been said yet");
     setText(byId("assistant-action"), known.action || (known.turn > 0 ? "Not understood" : "–"));
-    setText(byId("assistant-fate"), Fates[known.fate] ?? known.fate);
+    setText(byId("assistant-fate"), lookUp(Fates, known.fate, known.fate));
     byId("assistant-fate").dataset.fate = known.fate;
     setText(byId("assistant-reason"), known.reason);
     byId("assistant-reason").hidden = known.reason === "";

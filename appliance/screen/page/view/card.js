@@ -1,11 +1,9 @@
 // The product card: what the refrigerator's screen shows.
-import { merchantName, Ordinals } from "../model/words.js";
-import { pictureFates } from "../model/products.js";
+import { count, merchantName, Ordinals } from "../model/words.js";
+import { pictureFates, shownOf } from "../model/products.js";
 import { plainReason } from "../model/reasons.js";
 import { byId, el, hidden, icon, keyed, setText, when } from "./dom.js";
 import { makePicture, showPicture } from "./picture.js";
-
-const MostProducts = 6;
 
 function whereOf(card) {
     return card.source === "retailer" ? "Retailer" : merchantName(card.merchant);
@@ -17,7 +15,7 @@ function stateOf(card) {
 
 // What the retailer has cannot be chosen: voice control only knows what a merchant has found.
 function makeTile({ index, isRetailers }, say) {
-    const isChoosable = !isRetailers && index < Ordinals.length;
+    const isChoosable = !isRetailers;
     const sentence = `show me the ${Ordinals[index]} one`;
     const name = el("span.name", { lang: isRetailers ? "ko" : undefined });
     const choose = el("button.choose", { type: "button", onclick: () => say(sentence) }, hidden("Choose "), name);
@@ -68,16 +66,16 @@ function updateTile(tile, { product, fate }, addressOf) {
     fill(tile, ".price", product.price);
 }
 
-function drawTiles(card, { say, addressOf }) {
+function drawTiles(card, source, { say, addressOf }) {
     const isFound = stateOf(card) === "found";
-    const products = isFound ? card.products.slice(0, MostProducts) : [];
+    const products = isFound ? shownOf(card) : [];
     const fates = pictureFates(products);
     const items = products.map((product, index) => ({
         product,
         index,
         fate: fates[index],
         isRetailers: card.source === "retailer",
-        key: `${card.sequence}/${index}/${card.source}`,
+        key: `${source}/${card.sequence}/${index}/${card.source}`,
     }));
     keyed(
         byId("products"),
@@ -97,8 +95,8 @@ function drawHead(card) {
     const troubles = byId("card-troubles");
     troubles.hidden = !isSearched || card.troubles.length === 0;
     troubles.replaceChildren(...(troubles.hidden ? [] : card.troubles.map((word) => el("code.word", {}, word))));
-    const number = state === "found" ? card.products.length : 0;
-    setText(byId("card-count"), number > 0 ? `${number} ${number === 1 ? "product" : "products"}` : "");
+    const number = state === "found" ? shownOf(card).length : 0;
+    setText(byId("card-count"), number > 0 ? count(number, "product") : "");
 }
 
 function drawFailure(card) {
@@ -108,7 +106,7 @@ function drawFailure(card) {
     byId("failed-own").hidden = own.length === 0;
 }
 
-function draw(card, tools) {
+function draw(card, source, tools) {
     const state = stateOf(card);
     byId("card-body").dataset.state = state;
     byId("card-body").dataset.sequence = card?.sequence ?? 0;
@@ -122,7 +120,7 @@ function draw(card, tools) {
     if (state === "nothing") {
         setText(byId("nothing-words"), `${whereOf(card)} has nothing for “${card.term}”.`);
     }
-    drawTiles(card, tools);
+    drawTiles(card, source, tools);
 }
 
 /** What a person who does not see the card is told when it changes; "" for nothing. */
@@ -132,7 +130,7 @@ export function announcementOf(card) {
         case "searching":
             return `Searching for ${card.term}.`;
         case "found":
-            return `${card.products.length} products for ${card.term} at ${where}.`;
+            return `${count(shownOf(card).length, "product")} for ${card.term} at ${where}.`;
         case "nothing":
             return `Nothing found for ${card.term} at ${where}.`;
         case "failed":
@@ -146,7 +144,7 @@ export function announcementOf(card) {
 export function createCard(tools) {
     byId("failed-icon").append(icon("warning"));
     return when(
-        ({ state, mode }) => [state.card, mode],
-        ({ state }) => draw(state.card, tools),
+        ({ state, source }) => [state.card, source],
+        ({ state, source }) => draw(state.card, source, tools),
     );
 }

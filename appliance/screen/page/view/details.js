@@ -3,7 +3,7 @@ import { clock, day } from "../model/words.js";
 import { el } from "./dom.js";
 
 function linkTo(number, go) {
-    return el("button.link", { type: "button", onclick: () => go(number) }, `message ${number}`);
+    return el("button.link", { type: "button", "data-number": number, onclick: () => go(number) }, `message ${number}`);
 }
 
 function valueOf(value) {

@@ -1,15 +1,13 @@
 // The messages between the apps as a sequence diagram that grows downwards.
 import { lanesFor, layoutOf, shortOperation, summaryOf } from "../model/lanes.js";
-import { clock, count } from "../model/words.js";
+import { clock, count, lookUp } from "../model/words.js";
 import { byId, el, hidden, icon, keyed, setText, when } from "./dom.js";
 import { makeDetails } from "./details.js";
 import { followEnd } from "./follow.js";
 
-const Icons = { launch: "launch", reply: "reply", refusal: "refusal", voice: "voice" };
-
 function drawLanes(lanes, apps) {
     const heads = lanes.map((lane) => {
-        const isThere = lane.app === "" || apps[lane.app];
+        const isThere = lane.app === "" || lookUp(apps, lane.app, false);
         return el(
             "li.lane",
             { title: lane.app || "Tools and everything else on the bus", "data-there": String(Boolean(isThere)) },
@@ -31,7 +29,7 @@ function makeLabel(message, layout) {
     const label = el(
         "span.label",
         { "data-side": layout.side },
-        icon(Icons[message.kind]),
+        icon(message.kind),
         el("span.operation", {}, shortOperation(message.operation)),
         el("span.summary", {}, summaryOf(message)),
     );
@@ -84,19 +82,33 @@ function markRelated(messages, opened) {
     }
 }
 
+// A message that is no longer kept is none to be led to.
+function settleLinks(list, messages) {
+    for (const link of list.querySelectorAll(".details .link")) {
+        if (!messages.some(({ number }) => String(number) === link.dataset.number)) {
+            const row = link.closest("li").firstElementChild;
+            if (link === document.activeElement) {
+                row.focus({ preventScroll: true });
+            }
+            link.replaceWith(link.textContent);
+        }
+    }
+}
+
 export function createDiagram(redraw) {
     const list = byId("messages");
     const scroller = byId("messages-scroller");
     const follow = followEnd(scroller, byId("messages-end"));
     let opened = 0;
     let lanes = lanesFor();
-    const toggle = (number) => {
-        opened = opened === number ? 0 : number;
-        redraw();
-    };
-    const go = (number) => {
+    let drawn = { messages: null, opened: 0 };
+    const open = (number) => {
         opened = number;
         redraw();
+    };
+    const toggle = (number) => open(opened === number ? 0 : number);
+    const go = (number) => {
+        open(number);
         const row = list.querySelector(`[data-number="${number}"] > button`);
         row?.scrollIntoView({ block: "nearest" });
         row?.focus({ preventScroll: true });
@@ -112,17 +124,26 @@ export function createDiagram(redraw) {
         ({ state, isHoodOpen }) => [state.messages, opened, isHoodOpen, state.settings?.partner],
         ({ state }) => {
             const { messages } = state;
+            const partner = state.settings?.partner;
             keyed(
                 list,
                 messages,
-                (message) => `${message.number}/${message.at}/${lanes[4].app}`,
+                (message) => `${message.number}/${message.at}/${partner}`,
                 (message) => makeRow(message, lanes, toggle),
                 (row, message) => updateRow(row, message, opened, go),
             );
             markRelated(messages, opened);
+            settleLinks(list, messages);
             setText(byId("messages-count"), count(messages.length, "message"));
             byId("messages-none").hidden = messages.length > 0;
-            follow();
+            if (opened !== drawn.opened) {
+                // Who reads a row does not want it to be scrolled away.
+                (opened === 0 ? follow.look : follow.stay)();
+            }
+            if (messages !== drawn.messages) {
+                follow.grown();
+            }
+            drawn = { messages, opened };
         },
     );
     return (view) => {

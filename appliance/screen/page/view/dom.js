@@ -45,6 +45,16 @@ export function hidden(text) {
     return el("span.hidden", {}, text);
 }
 
+// To the next that stays, or to what holds them all.
+function handFocusOn(element, staying) {
+    let heir = element.nextElementSibling;
+    while (heir && !staying.has(heir)) {
+        heir = heir.nextElementSibling;
+    }
+    const place = heir?.querySelector("button") ?? element.parentElement.closest("[tabindex]");
+    place?.focus({ preventScroll: true });
+}
+
 /**
  * Makes the children of `parent` those of `items`, in order, and touches only what differs, so that focus, selection and
  * scroll stay. `make(item)` returns an element; `update(element, item)` is called for each. Of items with the same key
@@ -59,6 +69,9 @@ export function keyed(parent, items, keyOf, make, update = () => {}) {
     }
     for (const [key, element] of known) {
         if (!next.has(key)) {
+            if (element.contains(document.activeElement)) {
+                handFocusOn(element, new Set(next.values()));
+            }
             element.remove();
         }
     }

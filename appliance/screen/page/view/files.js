@@ -1,10 +1,10 @@
 // Saving a recording and opening one.
-import { makeRecording, MostBytes, parseRecording, picturesOf, RecordingError } from "../state/recording.js";
-import { dayAndTime } from "../model/words.js";
+import { filesOf, makeRecording, MostBytes, parseRecording, picturesOf, RecordingError, wrongIn } from "../state/recording.js";
+import { count, dayAndTime } from "../model/words.js";
 import { byId, el } from "./dom.js";
 
-function download(name, content) {
-    const address = URL.createObjectURL(new Blob([content], { type: "application/json" }));
+function download(name, file) {
+    const address = URL.createObjectURL(file);
     const link = el("a", { href: address, download: name });
     document.body.append(link);
     link.click();
@@ -13,13 +13,20 @@ function download(name, content) {
     setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
+// Returns what the person has to know of it, or "".
 async function save(timeline, pictures) {
     const saved = new Date();
-    const { kept, base } = timeline;
+    const { kept, base, now } = timeline;
     const events = [...timeline.events];
-    const files = await pictures.asData(picturesOf(base, events));
-    const name = `screen-${dayAndTime(saved).replace(/[ :]/g, "-")}.json`;
-    download(name, JSON.stringify(makeRecording({ kept, base, events }, files, saved)));
+    const { data, left } = await pictures.asData(picturesOf(base, events), filesOf(now.images));
+    const recording = makeRecording({ kept, base, events }, data, saved);
+    const file = new Blob([JSON.stringify(recording)], { type: "application/json" });
+    const wrong = file.size > MostBytes ? `it has more than ${MostBytes / 1024 / 1024} MB` : wrongIn(recording);
+    if (wrong) {
+        return `Not saved, since it could not be opened again: ${wrong}.`;
+    }
+    download(`screen-${dayAndTime(saved).replace(/[ :]/g, "-")}.json`, file);
+    return left > 0 ? `Saved without ${count(left, "older picture")}: they would have made it too large.` : "";
 }
 
 async function read(file) {
@@ -32,8 +39,7 @@ async function read(file) {
 /** `open(recording)` gets what was opened, `tell(words)` why it could not be. */
 export function setUpFiles({ timeline, pictures, open, tell }) {
     byId("save").addEventListener("click", async () => {
-        await save(timeline, pictures);
-        tell("");
+        tell(await save(timeline, pictures));
     });
     const field = byId("open-file");
     byId("open").addEventListener("click", () => field.click());

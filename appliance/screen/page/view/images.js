@@ -1,9 +1,8 @@
 // The image directory: what lies there, with thumbnails.
+import { filesOf } from "../state/recording.js";
 import { bytes, count } from "../model/words.js";
 import { byId, el, keyed, setText, when } from "./dom.js";
 import { makePicture, showPicture } from "./picture.js";
-
-const nameOf = (image) => `${image.name}?v=${image.version}`;
 
 function makeImage(image) {
     const words = el("figcaption", {}, el("code", {}, image.name), el("span.quiet"));
@@ -11,7 +10,7 @@ function makeImage(image) {
 }
 
 function updateImage(item, image, addressOf) {
-    showPicture(item.querySelector(".picture"), "known", nameOf(image), addressOf);
+    showPicture(item.querySelector(".picture"), "known", filesOf([image])[0], addressOf);
     setText(item.querySelector(".quiet"), bytes(image.size));
 }
 
@@ -19,8 +18,8 @@ function updateImage(item, image, addressOf) {
 export function createImages(addressOf) {
     const panel = byId("panel-images");
     return when(
-        ({ state, isHoodOpen }) => [state.images, panel.hidden, isHoodOpen],
-        ({ state }) => {
+        ({ state, isHoodOpen, source }) => [state.images, panel.hidden, isHoodOpen, source],
+        ({ state, source }) => {
             setText(byId("images-count"), count(state.images.length, "file"));
             byId("images-none").hidden = state.images.length > 0;
             if (panel.hidden) {
@@ -29,7 +28,7 @@ export function createImages(addressOf) {
             keyed(
                 byId("images"),
                 state.images,
-                (image) => image.name,
+                (image) => `${source}/${image.name}`,
                 makeImage,
                 (item, image) => updateImage(item, image, addressOf),
             );

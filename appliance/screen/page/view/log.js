@@ -44,7 +44,7 @@ export function createLog(redraw) {
             setText(byId("log-count"), lines.length === state.log.length ? all : `${lines.length} of ${all}`);
             byId("log-none").hidden = lines.length > 0;
             setText(byId("log-none"), state.log.length > 0 ? "No line is like that." : "Nothing was logged yet.");
-            follow();
+            follow.grown();
         },
     );
 }

@@ -1,5 +1,6 @@
 // What the person is told besides the panels: why a command was not sent or failed, and the state of the connection.
 import { byId, setText, when } from "./dom.js";
+import { handFocusBack } from "./focus.js";
 
 const Connections = {
     connecting: ["Connecting", "Connecting to the appliance"],
@@ -19,39 +20,60 @@ function showConnection({ connection, mode }) {
     byId("stage").dataset.stale = String(isStale);
 }
 
+// A bar that is not shown is still there for those who listen: only what changes in it is read out.
+function showBar(bar, isShown) {
+    if (!isShown) {
+        handFocusBack(bar);
+    }
+    bar.classList.toggle("off", !isShown);
+    bar.querySelector("button").hidden = !isShown;
+}
+
 /** Returns tell(words), which shows why something was not done, or with "" takes that away, and an old notice with it. */
 export function createTell() {
-    const place = byId("told");
-    byId("told-close").addEventListener("click", () => {
-        place.hidden = true;
-        setText(byId("told-words"), "");
-    });
+    const bar = byId("told");
+    const place = byId("told-words");
+    let told = "";
+    const tell = (words) => {
+        told = words;
+        showBar(bar, words !== "");
+        // The same words again are told again.
+        place.textContent = "";
+        requestAnimationFrame(() => setText(place, told));
+    };
+    byId("told-close").addEventListener("click", () => tell(""));
     return (words) => {
-        place.hidden = words === "";
         if (words === "") {
             byId("notice-close").click();
         }
-        // The same words again are told again.
-        byId("told-words").textContent = "";
-        byId("told-words").textContent = words;
+        tell(words);
     };
 }
 
 function createServerNotice() {
-    let dismissed = null;
     let shown = null;
-    const place = byId("notice");
+    let closed = null;
+    let seen = null;
+    const bar = byId("notice");
+    const show = (notice) => {
+        showBar(bar, notice !== null);
+        bar.dataset.level = notice?.level ?? "";
+        setText(byId("notice-words"), notice?.text ?? "");
+    };
     byId("notice-close").addEventListener("click", () => {
-        dismissed = shown;
-        place.hidden = true;
+        closed = shown ?? closed;
+        show(null);
     });
     return when(
-        ({ state }) => [state.notice],
-        ({ state }) => {
-            shown = state.notice;
-            place.hidden = !shown || shown === dismissed;
-            place.dataset.level = shown?.level ?? "";
-            setText(byId("notice-words"), shown?.text ?? "");
+        ({ state, origin }) => [state.notice, origin],
+        ({ state: { notice }, origin }) => {
+            // With each connection the last notice comes again, and is no news.
+            const isAgain = origin !== seen && notice?.text === closed?.text;
+            const isClosed = notice !== null && (notice === closed || isAgain);
+            seen = origin;
+            shown = notice;
+            closed = isClosed || notice === null ? (notice ?? closed) : null;
+            show(isClosed ? null : notice);
         },
     );
 }

@@ -1,6 +1,6 @@
 // The partner app: its page, the product by name, and the cart.
 import { nameOf } from "../model/products.js";
-import { merchantName } from "../model/words.js";
+import { lookUp, merchantName } from "../model/words.js";
 import { byId, el, keyed, setText, when } from "./dom.js";
 import { drawReceived } from "./received.js";
 
@@ -40,9 +40,9 @@ const Titles = { cart: "The cart is open", "check-out": "Checking out", none: "W
 function draw(state) {
     const partner = state.partner ?? { page: "none", product: null, cart: [], messages: [] };
     const isProduct = partner.page === "product";
-    setText(byId("partner-page"), Pages[partner.page] ?? partner.page);
+    setText(byId("partner-page"), lookUp(Pages, partner.page, partner.page));
     byId("partner-page").dataset.page = partner.page;
-    setText(byId("partner-title"), isProduct ? titleOf(state, partner.product) : (Titles[partner.page] ?? ""));
+    setText(byId("partner-title"), isProduct ? titleOf(state, partner.product) : lookUp(Titles, partner.page, ""));
     setText(byId("partner-where"), isProduct ? whereOf(partner.product) : "");
     drawCart(state, partner.cart);
     drawReceived(byId("partner-received"), partner.messages);
@@ -53,7 +53,7 @@ export function partnerAnnouncement(state) {
     if (!partner || partner.page === "none") {
         return "";
     }
-    const title = partner.page === "product" ? titleOf(state, partner.product) : Titles[partner.page];
+    const title = partner.page === "product" ? titleOf(state, partner.product) : lookUp(Titles, partner.page, partner.page);
     const last = partner.messages.at(-1);
     const isAdded = last?.outcome === "taken" && last.operation.endsWith("/click_add_cart");
     return isAdded ? `Partner app: ${title} was put into the cart.` : `Partner app: ${title}.`;

@@ -1,6 +1,7 @@
 // The bar over a recording: which it is, and the way through its events.
 import { clock, dayAndTime } from "../model/words.js";
 import { byId, setText } from "./dom.js";
+import { handFocusBack } from "./focus.js";
 
 // As fast as it was, but nobody waits for long.
 const Shortest = 60;
@@ -19,8 +20,12 @@ function whereText(player) {
     return `${player.position} of ${player.length}: ${what}`;
 }
 
+export function titleOf(player) {
+    return `Recording of ${dayAndTime(Date.parse(player.recording.saved))}`;
+}
+
 function draw(player, isPlaying) {
-    setText(byId("playback-title"), `Recording of ${dayAndTime(Date.parse(player.recording.saved))}`);
+    setText(byId("playback-title"), titleOf(player));
     setText(byId("playback-where"), whereText(player));
     const slider = byId("playback-slider");
     slider.max = player.length;
@@ -28,8 +33,9 @@ function draw(player, isPlaying) {
     slider.setAttribute("aria-valuetext", whereText(player));
     byId("playback-play").dataset.playing = String(isPlaying);
     setText(byId("playback-play").querySelector("span"), isPlaying ? "Pause" : "Play");
-    byId("playback-back").disabled = player.position === 0;
-    byId("playback-next").disabled = player.position === player.length;
+    // A button that is disabled would lose the focus.
+    byId("playback-back").setAttribute("aria-disabled", String(player.position === 0));
+    byId("playback-next").setAttribute("aria-disabled", String(player.position === player.length));
 }
 
 /** `redraw` shows the state at the player's place, `leave` goes back to live. */
@@ -79,6 +85,9 @@ export function createPlayback({ redraw, leave }) {
         if (view.player !== player) {
             stop();
             player = view.player;
+        }
+        if (!player) {
+            handFocusBack(byId("playback"));
         }
         byId("playback").hidden = !player;
         // What is saved is what goes on, not what is looked at.

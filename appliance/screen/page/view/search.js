@@ -58,10 +58,12 @@ export function createSearch(commands, tell) {
         commands.search(chosenSource(), byId("merchant").value, term);
     });
     let hasBegun = false;
+    byId("search").addEventListener("input", () => (hasBegun = true));
     const drawMerchants = when(
         // Its options are left alone while somebody has it open and turns a switch elsewhere.
-        ({ state }) => [JSON.stringify(state.settings?.merchants)],
-        ({ state }) => state.settings && fillMerchants(state.settings.merchants),
+        // Those of a recording cannot be asked.
+        ({ state, mode }) => [mode, JSON.stringify(state.settings?.merchants)],
+        ({ state, mode }) => mode === "live" && state.settings && fillMerchants(state.settings.merchants),
     );
     return (view) => {
         drawMerchants(view);

@@ -1,7 +1,7 @@
 // Sentences to the assistant: buttons for the known ones and a field for any other.
+import { shownOf } from "../model/products.js";
 import { Ordinals } from "../model/words.js";
 import { byId, el, keyed, setText, when } from "./dom.js";
-
 
 function makeChoice({ index }, say) {
     const sentence = `show me the ${Ordinals[index]} one`;
@@ -14,7 +14,7 @@ function makeChoice({ index }, say) {
 
 function choicesOf(card) {
     const isShown = card?.state === "shown" && card.source === "merchant";
-    return isShown ? card.products.slice(0, Ordinals.length).map((product, index) => ({ product, index })) : [];
+    return isShown ? shownOf(card).map((product, index) => ({ product, index })) : [];
 }
 
 function drawChoices(card, say) {
@@ -56,4 +56,3 @@ export function createSpeak(say, tell) {
         ({ state }) => drawChoices(state.card, say),
     );
 }
-

@@ -6,14 +6,25 @@ const Modes = ["now", "late", "fail", "never"];
 function makeSwitch({ id }, turn) {
     const button = el("button.switch", { type: "button", role: "switch", "aria-checked": "false" });
     button.append(el("span.knob", { "aria-hidden": "true" }), el("span.switch-label"), el("code.word"), el("span.quiet"));
-    button.addEventListener("click", () => turn(id, button.getAttribute("aria-checked") !== "true"));
-    return el("li", { "data-switch": id }, button);
+    const item = el("li", { "data-switch": id }, button);
+    // Who presses twice before it has turned means both.
+    button.addEventListener("click", async () => {
+        const wished = !(item.wished ?? button.getAttribute("aria-checked") === "true");
+        item.wished = wished;
+        if (!(await turn(id, wished)) && item.wished === wished) {
+            item.wished = undefined;
+        }
+    });
+    return item;
 }
 
 function updateSwitch(item, { label, words, for: reach, group, on }) {
     const button = item.firstElementChild;
     const [, name, word, note] = button.children;
     button.setAttribute("aria-checked", String(on));
+    if (item.wished === on) {
+        item.wished = undefined;
+    }
     setText(name, label);
     setText(word, words);
     word.hidden = words === "";
