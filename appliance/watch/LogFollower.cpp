@@ -97,6 +97,11 @@ void LogFollower::startOverWhereItIsShorter()
 void LogFollower::startOver()
 {
     offset_ = 0;
+    finish();
+}
+
+void LogFollower::finish()
+{
     if (!rest_.empty()) {
         handOut();
     }

@@ -36,6 +36,9 @@ class LogFollower {
     // goes on behind that line.
     void readOn();
 
+    // Hands out a last line that has no end yet. For whoever does not read on.
+    void finish();
+
   private:
     bool isReplaced() const;
     bool reopen();

@@ -61,6 +61,26 @@ TEST_F(ALog, IsShownWholeWithoutAFilter)
     EXPECT_EQ(shown({"-n", "2"}), (Words{"five", "six"}));
 }
 
+TEST_F(ALog, IsShownToItsEndAlsoWhereThatHasNoNewline)
+{
+    write("I/carvoy-ui( 17): seven");
+    EXPECT_EQ(shown({"-n", "1"}), Words{"seven"});
+    EXPECT_EQ(shown({"-n", "2"}), (Words{"six", "seven"}));
+}
+
+TEST_F(ALog, ThatCannotBeReadOrShownIsAFailure)
+{
+    EXPECT_EQ(tool({"log", "--root", root_, "-n", "-1"}).status, 2);
+    ChildProcess full({"sh", "-c", "exec \"$0\" log --root \"$1\" >/dev/full", APPLIANCE_TOOL, root_});
+    EXPECT_EQ(full.wait().status, 1);
+    EXPECT_TRUE(has(full.errors(), "standard output cannot be written")) << full.errors();
+    std::filesystem::remove(file_);
+    std::filesystem::create_directory(file_);
+    const Ended folder = tool({"log", "--root", root_});
+    EXPECT_EQ(folder.status, 1);
+    EXPECT_TRUE(has(folder.errors, "cannot read " + file_)) << folder.errors;
+}
+
 TEST_F(ALog, IsShownByLevel)
 {
     EXPECT_EQ(shown({"--level", "info"}), (Words{"two", "three", "five"}));

@@ -213,6 +213,8 @@ def try_change(build, patch, folder):
     status, _, text = runs(copy.link(program, of_program(build, program, build.objects_of(source))), test_filter)
     if status != 0:
         raise Failure(f"the change moves a fixed line of the log\n{text}")
+    # What the appliance is told of it.
+    demand([str(copy.tree / "tests/checks/tizen/manifest.sh"), str(copy.tree), str(folder / "manifest")])
     # One object of each source: what no test of these links must at least compile.
     compiled = {build.commands[output]["file"] for output in copy.made}
     others = {build.commands[output]["file"]: output for output in sorted(sources)}

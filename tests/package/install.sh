@@ -25,6 +25,15 @@ make_packages()
     ls "$packages"/*.deb >/dev/null
 }
 
+# Then the machine's own files would be taken for what the packages leave.
+skip_where_they_are_installed()
+{
+    if dpkg-query -W -f='${db:Status-Status}\n' carvoy-service carvoy-appliance 2>/dev/null | grep -q '^installed$'; then
+        echo "SKIPPED: the packages are installed on this machine"
+        exit 77
+    fi
+}
+
 # As any user; then as a root who may not have user namespaces.
 enter_own_mounts()
 {
@@ -89,7 +98,8 @@ prepare_root()
 
 in_database()
 {
-    dpkg --root="$root" --log=/dev/null "$@" >"$scratch/dpkg.log" 2>&1 || {
+    # Slim machines leave documents out.
+    dpkg --root="$root" --log=/dev/null --path-include='*' "$@" >"$scratch/dpkg.log" 2>&1 || {
         cat "$scratch/dpkg.log"
         fail "dpkg $*"
     }
@@ -114,6 +124,7 @@ try_packages()
 }
 
 if [ -z "${CARVOY_SCRATCH:-}" ]; then
+    skip_where_they_are_installed
     enter_own_mounts "$@"
 fi
 scratch=$CARVOY_SCRATCH

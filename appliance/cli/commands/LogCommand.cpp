@@ -20,6 +20,8 @@ namespace {
 
 using Appliance::printable;
 
+constexpr std::size_t MostLines = 1'000'000'000;
+
 struct LogArguments {
     std::string root;
     bool follow = false;
@@ -60,6 +62,10 @@ Exit showLog(const LogArguments& arguments)
     if (!std::filesystem::exists(root.platformLog())) {
         throw Failure(Exit::NotRunning, "there is no log in " + root.path.string());
     }
+    if (!std::filesystem::is_regular_file(root.platformLog()) ||
+        access(root.platformLog().c_str(), R_OK) != 0) {
+        throw Failure(Exit::Failed, "cannot read " + root.platformLog().string());
+    }
     const bool colour = styleOf(STDOUT_FILENO).colour;
     const LogFilter filter = filterOf(arguments);
     const auto passes = [&filter](const std::string& line) { return filter.passes(line); };
@@ -77,6 +83,11 @@ Exit showLog(const LogArguments& arguments)
     follower.readOn();
     if (arguments.follow) {
         loop.runUntil([] { return ferror(stdout) != 0; });
+    } else {
+        follower.finish();
+    }
+    if (ferror(stdout) != 0) {
+        throw Failure(Exit::Failed, "standard output cannot be written");
     }
     return Exit::Ok;
 }
@@ -122,6 +133,7 @@ void addLogCommand(CLI::App& app, Action& chosen)
         ->add_option("-n,--lines", arguments->lines,
                      "How many of the last lines to begin with, of those that are shown")
         ->type_name("N")
+        ->check(CLI::Range(std::size_t{0}, MostLines).description(""))
         ->capture_default_str();
     addFilterOptions(*command, *arguments);
     command->add_flag("--json", arguments->json, "Each line as a JSON object on a line");
