@@ -30,6 +30,7 @@ class AnInbox : public testing::Test {
   protected:
     AnInbox()
     {
+        ecore_app_no_system_modules();
         ecore_init();
         open();
     }
